@@ -1,0 +1,34 @@
+#pragma once
+// Helpers shared by the test programs: where the repository and the shared
+// corpus are, and scratch directories that clean up after themselves.
+
+#include <filesystem>
+#include <string>
+#include <vector>
+
+namespace sondrel::test {
+
+std::filesystem::path SourceDir();
+std::filesystem::path BinaryDir();
+
+// ../shared/corpus beside the repository, or an empty path when it is absent.
+std::filesystem::path CorpusDir();
+
+std::vector<unsigned char> ReadBytes(const std::filesystem::path& path);
+void WriteBytes(const std::filesystem::path& path, const std::vector<unsigned char>& bytes);
+
+// A fresh directory below the system's temporary directory, removed on destruction.
+class ScratchDir {
+public:
+    ScratchDir();
+    ~ScratchDir();
+    ScratchDir(const ScratchDir&) = delete;
+    ScratchDir& operator=(const ScratchDir&) = delete;
+    const std::filesystem::path& Path() const { return path_; }
+    std::filesystem::path operator/(const std::string& name) const { return path_ / name; }
+
+private:
+    std::filesystem::path path_;
+};
+
+}  // namespace sondrel::test
