@@ -1,5 +1,7 @@
 #include "model/notes.h"
 
+#include "model/module.h"
+
 #include <cmath>
 #include <cstdlib>
 
