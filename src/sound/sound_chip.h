@@ -1,0 +1,94 @@
+#pragma once
+// The SN76489 model: three square-wave tone channels, one noise channel and
+// the Game Gear stereo register, rendered one player tick at a time into a
+// small ring of 44100 Hz 16-bit stereo frames.
+
+#include <array>
+#include <cstddef>
+#include <cstdint>
+
+namespace sondrel {
+
+constexpr int kOutputRate = 44100;
+constexpr uint32_t kChipRingBytes = 4096;  // 1024 stereo frames
+constexpr uint32_t kNtscEmulatedClock = 3584160;
+constexpr uint32_t kPalEmulatedClock = 3568200;
+
+class SoundChip {
+public:
+    SoundChip();
+
+    void Reset();
+    void ResetBuffer();
+    // isPal selects the 50 Hz tick and PAL clock; divider 1 ("2x") halves the tone counters' rate.
+    void Configure(bool isPal, uint8_t divider);
+
+    // One byte as the chip's data bus takes it: latch bytes (bit 7 set) and data bytes.
+    void Write(uint8_t byte);
+    void SetAttenuation(int channel, uint8_t value);
+    void SetTonePeriod(int channel, uint16_t period);
+    void SetStereo(uint8_t value) { stereo_ = value; }
+    void BeginTick() { noiseWritten_ = 0; }
+
+    // Renders one tick of frames into the ring at master volume 0..255; bit c
+    // of channelMask lets channel c sound.
+    void RenderTick(uint8_t master, uint8_t channelMask);
+    // Moves bytes out of the ring; a null destination discards them.
+    void Read(void* destination, uint32_t bytes);
+    // Like Read, but adds each 16-bit sample to the one already there (wrapping).
+    void ReadAdd(void* destination, uint32_t bytes);
+
+    // Register read-back.
+    uint16_t TonePeriod(int channel) const { return tonePeriod_[channel]; }
+    uint8_t Attenuation(int channel) const { return attenuation_[channel]; }
+    uint8_t NoiseWhite() const { return noiseWhite_; }
+    uint8_t NoiseRate() const { return noiseRate_; }
+    uint16_t NoisePeriod() const { return noisePeriod_; }
+    uint8_t Stereo() const { return stereo_; }
+    uint8_t NoiseWritten() const { return noiseWritten_; }
+    uint8_t Latch() const { return latch_; }
+    uint16_t Lfsr() const { return lfsr_; }
+
+    uint32_t Step() const { return step_; }
+    uint16_t SamplesPerTick() const { return samplesPerTick_; }
+    uint32_t TickBytes() const { return samplesPerTick_ * 4u; }
+    uint32_t Fill() const { return fill_; }
+    uint32_t WritePos() const { return writePos_; }
+    uint32_t ReadPos() const { return readPos_; }
+    bool IsNtsc() const { return isNtsc_ != 0; }
+    int16_t ToneLevel(int attenuation) const { return toneLevel_[attenuation]; }
+    int16_t NoiseLevel(int attenuation) const { return noiseLevel_[attenuation]; }
+
+private:
+    void UpdateLevels(uint8_t master);
+    void NoiseControl(uint8_t byte);
+    void RenderRun(int16_t* frames, uint32_t frameCount, uint8_t channelMask);
+    void RenderTone(int channel, int16_t* frames, uint32_t frameCount);
+    void RenderNoise(int16_t* frames, uint32_t frameCount);
+
+    alignas(16) std::array<int16_t, kChipRingBytes / 2> ring_{};
+    uint32_t writePos_ = 0;
+    uint32_t readPos_ = 0;
+    uint32_t fill_ = 0;
+    uint32_t step_ = 0;
+    uint8_t latch_ = 0;
+    uint8_t cachedMaster_ = 255;
+    std::array<int16_t, 16> toneLevel_{};
+    std::array<int16_t, 16> noiseLevel_{};
+    uint16_t lfsr_ = 1;
+    uint8_t isNtsc_ = 1;
+    uint16_t samplesPerTick_ = 735;
+    std::array<uint16_t, 3> tonePeriod_{};
+    uint16_t noisePeriod_ = 0;
+    std::array<uint8_t, 4> attenuation_{};
+    uint8_t noiseWhite_ = 0;
+    uint8_t noiseRate_ = 0;
+    uint8_t stereo_ = 255;
+    uint8_t noiseWritten_ = 0;
+    std::array<int32_t, 3> counter_{};
+    std::array<uint8_t, 3> polarity_{};
+    int32_t noiseCounter_ = 0;
+    uint8_t noiseToggle_ = 1;
+};
+
+}  // namespace sondrel

@@ -1,0 +1,107 @@
+#include "sound/voice.h"
+
+#include "model/notes.h"
+#include "sound/sound_chip.h"
+
+namespace sondrel {
+
+namespace {
+
+constexpr int8_t kWaves[4][32] = {
+    {0, 7, 13, 18, 22, 25, 27, 28, 28, 27, 25, 22, 18, 13, 7, 0,
+     0, -7, -13, -18, -22, -25, -27, -28, -28, -27, -25, -22, -18, -13, -7, 0},
+    {4, 16, 24, 28, 28, 24, 16, 4, -4, -16, -24, -28, -28, -24, -16, -4,
+     4, 16, 24, 28, 28, 24, 16, 4, -4, -16, -24, -28, -28, -24, -16, -4},
+    {10, 28, 28, 10, -10, -28, -28, -10, 10, 28, 28, 10, -10, -28, -28, -10,
+     10, 28, 28, 10, -10, -28, -28, -10, 10, 28, 28, 10, -10, -28, -28, -10},
+    {0, 28, 0, -28, 0, 28, 0, -28, 0, 28, 0, -28, 0, 28, 0, -28,
+     0, 28, 0, -28, 0, 28, 0, -28, 0, 28, 0, -28, 0, 28, 0, -28},
+};
+constexpr int kStrengths[16] = {0, 1, 2, 3, 4, 5, 6, 7, 9, 11, 14, 17, 21, 25, 30, 35};
+
+}  // namespace
+
+VibratoTable::VibratoTable() {
+    for (int w = 0; w < 4; ++w)
+        for (int s = 0; s < 16; ++s)
+            for (int p = 0; p < 256; ++p)
+                values_[w][s][p] = static_cast<int16_t>(kWaves[w][p % 32] * kStrengths[s] / 28);
+}
+
+const VibratoTable& VibratoTable::Get() {
+    static const VibratoTable table;
+    return table;
+}
+
+void Voice::Start(const Instrument& inst, uint8_t index, uint8_t noteVolume, uint8_t noteValue,
+                  int8_t noteDetune, uint32_t ticks) {
+    instrument = &inst;
+    instrumentIndex = index;
+    volume = noteVolume;
+    note = noteValue;
+    detune = noteDetune;
+    ticksLeft = ticks;
+    phase = 0;
+    delayCount = inst.delay[0];
+    vibratoPos = 0;
+    envelope = inst.startVolume;
+    volumeAdd = inst.volumeAdd[0];
+    vibratoStrength = inst.vibratoStrength[0];
+    vibratoSpeed = inst.vibratoSpeed[0];
+    newNote = 1;
+    active = 1;
+    started = 0;
+}
+
+void Voice::Update(SoundChip& chip, int channel, uint8_t pitchOffset) {
+    started = 0;
+    if (newNote) {
+        started = 1;
+        if (!NotePlaysOnChannel(note, channel)) active = 0;
+    }
+
+    if (active) {
+        if (channel < kToneChannels) {
+            basePeriod = static_cast<uint16_t>(TonePeriod(note) + detune);
+            const auto vibrato = static_cast<uint8_t>(
+                VibratoTable::Get().At(vibratoSpeed, vibratoStrength, vibratoPos));
+            vibratoOffset = static_cast<int8_t>(static_cast<uint8_t>(vibrato + pitchOffset));
+            chip.SetTonePeriod(channel, static_cast<uint16_t>((basePeriod + vibratoOffset) & 0x3FF));
+        } else if (newNote) {
+            chip.Write(static_cast<uint8_t>(note - kNoiseNoteToControl));
+            vibratoOffset = 0;
+        }
+
+        int level = volume + (envelope >> 4) - 15;
+        if (level < 0) level = 0;
+        if (level > 15) level = 15;  // a "VO" parameter above 15 plays at full volume
+        outputVolume = static_cast<uint8_t>(level);
+        chip.SetAttenuation(channel, static_cast<uint8_t>(15 - outputVolume));
+
+        vibratoPos = (vibratoPos + 1) & 127;
+        envelope = static_cast<uint8_t>(envelope + volumeAdd);
+
+        const uint8_t before = delayCount--;
+        if (before == 1) {
+            ++phase;
+            volumeAdd = instrument->volumeAdd[phase];
+            vibratoStrength = instrument->vibratoStrength[phase];
+            vibratoSpeed = instrument->vibratoSpeed[phase];
+            if (phase == 4) {
+                // The last phase holds: it is entered again every 256 ticks.
+                delayCount = 0;
+                phase = 3;
+            } else {
+                delayCount = instrument->delay[phase];
+            }
+        }
+    } else {
+        chip.SetAttenuation(channel, 15);
+    }
+
+    const uint32_t ticksBefore = ticksLeft--;
+    if (ticksBefore == 1) active = 0;
+    newNote = 0;
+}
+
+}  // namespace sondrel
