@@ -16,13 +16,16 @@ inline void AddFrame(int16_t* frame, int value, int left, int right) {
     frame[1] = static_cast<int16_t>(frame[1] + value * right);
 }
 
-// Adds value to count frames on the enabled sides. Written as one flat pass
-// over the samples so that it compiles to vector adds.
+// Adds value to count frames on the enabled sides, each case a flat loop
+// that compiles to vector adds.
 inline void AddSpan(int16_t* frames, uint32_t count, int value, int left, int right) {
-    const int16_t lanes[2] = {static_cast<int16_t>(value * left), static_cast<int16_t>(value * right)};
-    const uint32_t samples = count * 2;
-    for (uint32_t i = 0; i < samples; ++i) {
-        frames[i] = static_cast<int16_t>(frames[i] + lanes[i & 1]);
+    const auto v = static_cast<int16_t>(value);
+    if (left && right) {
+        for (uint32_t i = 0; i < count * 2; ++i) frames[i] = static_cast<int16_t>(frames[i] + v);
+    } else if (left) {
+        for (uint32_t i = 0; i < count; ++i) frames[2 * i] = static_cast<int16_t>(frames[2 * i] + v);
+    } else if (right) {
+        for (uint32_t i = 0; i < count; ++i) frames[2 * i + 1] = static_cast<int16_t>(frames[2 * i + 1] + v);
     }
 }
 
