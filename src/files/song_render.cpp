@@ -1,0 +1,60 @@
+#include "files/song_render.h"
+
+#include <algorithm>
+#include <memory>
+#include <vector>
+
+#include "files/wav_writer.h"
+#include "model/exception.h"
+#include "sound/song_player.h"
+#include "sound/song_time.h"
+#include "sound/tick_mixer.h"
+
+namespace sondrel {
+
+SongRenderResult RenderSongToWav(Module& module, const std::string& path, const SongRenderOptions& options,
+                                 const RenderProgress& progress) {
+    if (options.loops <= 0 && options.seconds <= 0.0)
+        throw Exception("Rendering needs a number of loops or a length in seconds.");
+    const int volume = std::clamp(options.volume, 0, 100);
+
+    // The expected length, for the progress report.
+    const double rate = module.TicksPerSecond();
+    double expectedTicks = options.seconds > 0.0 ? options.seconds * rate : 0.0;
+    if (options.loops > 0) {
+        const double songTicks = static_cast<double>(CalculateSongTime(module, 0, 0).totalTicks);
+        const double loopTicks = songTicks * options.loops;
+        expectedTicks = expectedTicks > 0.0 ? std::min(expectedTicks, loopTicks) : loopTicks;
+    }
+    const uint64_t tickLimit =
+        options.seconds > 0.0 ? static_cast<uint64_t>(options.seconds * rate + 0.5) : UINT64_MAX;
+
+    auto song = std::make_unique<SongPlayer>();
+    auto notes = std::make_unique<NotePlayer>();
+    song->Attach(module);
+    notes->Init(module.Settings());
+    song->Start(0, 0, false);
+    TickMixer mixer(*song, *notes);
+
+    WavWriter wav;
+    wav.Open(path, kOutputRate, 2);
+    std::vector<int16_t> samples(kChipRingBytes / 2);
+    SongRenderResult result;
+    while (result.ticks < tickLimit) {
+        const uint32_t bytes = mixer.RenderTick(MasterFromVolume(volume));
+        mixer.Take(samples.data(), bytes);
+        wav.Write(samples.data(), bytes / 2);
+        ++result.ticks;
+        result.frames += bytes / 4;
+        if (song->wrapped) ++result.wraps;
+        if (options.loops > 0 && result.wraps >= options.loops) break;
+        if (progress && expectedTicks > 0.0 && result.ticks % 15 == 0)
+            progress(std::min(1.0, static_cast<double>(result.ticks) / expectedTicks));
+    }
+    wav.Close();
+    if (progress) progress(1.0);
+    result.seconds = static_cast<double>(result.frames) / kOutputRate;
+    return result;
+}
+
+}  // namespace sondrel

@@ -1,0 +1,83 @@
+#include <gtest/gtest.h>
+
+#include <memory>
+
+#include "files/song_render.h"
+#include "files/wav_writer.h"
+#include "model/exception.h"
+#include "test_support.h"
+
+namespace sondrel {
+namespace {
+
+uint32_t Le32(const std::vector<unsigned char>& b, size_t at) {
+    return b[at] | b[at + 1] << 8 | b[at + 2] << 16 | static_cast<uint32_t>(b[at + 3]) << 24;
+}
+
+std::unique_ptr<Module> ShortSong() {
+    auto module = std::make_unique<Module>();
+    module->NewModule({});
+    module->patterns[0].length = 4;
+    module->patterns[0].lines[0].note[0] = 69;
+    module->patterns[0].lines[0].volume[0] = 15;
+    return module;
+}
+
+TEST(SongRenderTest, OneLoopWritesAWholeSongAsAValidWav) {
+    test::ScratchDir dir;
+    auto module = ShortSong();
+    int reports = 0;
+    double last = 0.0;
+    SongRenderResult result = RenderSongToWav(*module, dir / "a.wav", {}, [&](double f) {
+        EXPECT_GE(f, last);
+        last = f;
+        ++reports;
+    });
+    EXPECT_EQ(result.ticks, 4u * 6);
+    EXPECT_EQ(result.wraps, 1);
+    EXPECT_EQ(result.frames, 4u * 6 * 735);
+    EXPECT_DOUBLE_EQ(last, 1.0);
+    EXPECT_GE(reports, 2);
+
+    auto bytes = test::ReadBytes(dir / "a.wav");
+    ASSERT_EQ(bytes.size(), 44 + result.frames * 4);
+    EXPECT_EQ(std::string(bytes.begin(), bytes.begin() + 4), "RIFF");
+    EXPECT_EQ(Le32(bytes, 4), bytes.size() - 8);
+    EXPECT_EQ(std::string(bytes.begin() + 8, bytes.begin() + 16), "WAVEfmt ");
+    EXPECT_EQ(Le32(bytes, 24), 44100u);
+    EXPECT_EQ(Le32(bytes, 28), 44100u * 4);
+    EXPECT_EQ(Le32(bytes, 40), result.frames * 4);
+    bool sound = false;
+    for (size_t i = 44; i < bytes.size(); ++i) sound |= bytes[i] != 0;
+    EXPECT_TRUE(sound);
+}
+
+TEST(SongRenderTest, LoopsSecondsAndVolumeLimits) {
+    test::ScratchDir dir;
+    auto module = ShortSong();
+    EXPECT_EQ(RenderSongToWav(*module, dir / "b.wav", {3, 0.0, 50}).ticks, 3u * 24);
+    // Seconds alone: the song keeps looping until the time is up.
+    SongRenderResult timed = RenderSongToWav(*module, dir / "c.wav", {0, 2.0, 50});
+    EXPECT_EQ(timed.ticks, 120u);
+    EXPECT_EQ(timed.wraps, 5);
+    EXPECT_DOUBLE_EQ(timed.seconds, 2.0);
+    // Both: whichever comes first.
+    EXPECT_EQ(RenderSongToWav(*module, dir / "d.wav", {1, 10.0, 50}).ticks, 24u);
+
+    RenderSongToWav(*module, dir / "e.wav", {1, 0.0, 0});
+    auto silent = test::ReadBytes(dir / "e.wav");
+    for (size_t i = 44; i < silent.size(); ++i) ASSERT_EQ(silent[i], 0) << i;
+
+    module->chipType = kChipPal;
+    EXPECT_EQ(RenderSongToWav(*module, dir / "f.wav", {0, 1.0, 50}).frames, 50u * 882);
+}
+
+TEST(SongRenderTest, FailuresAreReported) {
+    auto module = ShortSong();
+    EXPECT_THROW(RenderSongToWav(*module, "/nonexistent-dir/x.wav", {}), FileIOException);
+    test::ScratchDir dir;
+    EXPECT_THROW(RenderSongToWav(*module, dir / "x.wav", {0, 0.0, 50}), Exception);
+}
+
+}  // namespace
+}  // namespace sondrel
