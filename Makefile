@@ -2,13 +2,15 @@
 BUILD        ?= build
 BUILD_ASAN   ?= build-asan
 BUILD_BENCH  ?= build-bench
+BUILD_FUZZ   ?= build-fuzz
+FUZZ_SECONDS ?= 30
 JOBS         ?= $(shell nproc)
 CMAKE_FLAGS  ?=
 
 export SDL_VIDEODRIVER ?= offscreen
 export SDL_AUDIODRIVER ?= dummy
 
-.PHONY: all deps configure build run test test-sanitize bench clean
+.PHONY: all deps configure build run demo test test-sanitize bench fuzz clean
 
 all: build
 
@@ -24,7 +26,11 @@ build: configure
 	cmake --build $(BUILD) -j $(JOBS)
 
 run: build
-	cd $(BUILD)/bin && ./sondrel $(ARGS)
+	$(BUILD)/bin/sondrel $(ARGS)
+
+# Rebuilds the committed demo song from tools/make_demo.cpp.
+demo: build
+	$(BUILD)/bin/make-demo data/demo.sdrltk
 
 test: build
 	cd $(BUILD) && ctest --output-on-failure -j $(JOBS)
@@ -44,5 +50,14 @@ bench: deps $(BUILD_BENCH)/CMakeCache.txt
 	cmake --build $(BUILD_BENCH) -j $(JOBS)
 	$(BUILD_BENCH)/bin/sondrel-bench $(BENCH_ARGS)
 
+$(BUILD_FUZZ)/CMakeCache.txt:
+	cmake -S . -B $(BUILD_FUZZ) -DCMAKE_BUILD_TYPE=RelWithDebInfo -DCMAKE_CXX_COMPILER=clang++ \
+		-DSONDREL_FUZZ=ON -DSONDREL_BUILD_TESTS=OFF -DSONDREL_BUILD_BENCH=OFF $(CMAKE_FLAGS)
+
+# Builds the fuzzers with clang and runs each for FUZZ_SECONDS under AddressSanitizer.
+fuzz: deps $(BUILD_FUZZ)/CMakeCache.txt
+	cmake --build $(BUILD_FUZZ) -j $(JOBS) --target sondrel-fuzzers
+	sh scripts/run-fuzzers $(BUILD_FUZZ) $(FUZZ_SECONDS)
+
 clean:
-	rm -rf $(BUILD) $(BUILD_ASAN) $(BUILD_BENCH)
+	rm -rf $(BUILD) $(BUILD_ASAN) $(BUILD_BENCH) $(BUILD_FUZZ)
