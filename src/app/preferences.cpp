@@ -1,0 +1,348 @@
+#include "app/preferences.h"
+
+#include <algorithm>
+#include <cstdio>
+#include <memory>
+#include <system_error>
+
+#include "model/exception.h"
+#include "ui/tokenizer.h"
+
+namespace sondrel {
+
+namespace {
+
+// Longest full path the directory entries may resolve to.
+constexpr std::size_t kMaxFullPath = 1024;
+
+ConfigEntry ValueEntry(std::string name, int type, ConfigEntry::Binding bound) {
+    ConfigEntry entry;
+    entry.name = std::move(name);
+    entry.type = type;
+    entry.bound = bound;
+    return entry;
+}
+
+std::vector<std::string> SplitOptions(std::string_view options) {
+    std::vector<std::string> names;
+    std::size_t start = 0;
+    for (;;) {
+        const std::size_t bar = options.find('|', start);
+        names.emplace_back(options.substr(start, bar - start));
+        if (bar == std::string_view::npos) return names;
+        start = bar + 1;
+    }
+}
+
+// Numbers of every kind (booleans as 0 or 1) go through these two.
+void StoreNumber(const ConfigEntry& entry, int32_t value) {
+    if (auto* b = std::get_if<bool*>(&entry.bound)) **b = value != 0;
+    if (auto* i = std::get_if<int32_t*>(&entry.bound)) **i = value;
+    if (auto* u = std::get_if<uint8_t*>(&entry.bound)) **u = static_cast<uint8_t>(value);
+}
+
+int32_t StoredNumber(const ConfigEntry& entry) {
+    if (auto* b = std::get_if<bool*>(&entry.bound)) return **b ? 1 : 0;
+    if (auto* i = std::get_if<int32_t*>(&entry.bound)) return **i;
+    if (auto* u = std::get_if<uint8_t*>(&entry.bound)) return **u;
+    return entry.defaultNumber;
+}
+
+std::string StoredText(const ConfigEntry& entry) {
+    if (auto* s = std::get_if<std::string*>(&entry.bound)) return **s;
+    return entry.defaultText;
+}
+
+void ApplyListDefaults(const std::vector<ConfigEntry>& list) {
+    for (const auto& entry : list) {
+        if (entry.type == kConfigSection) {
+            ApplyListDefaults(entry.children);
+        } else if (auto* s = std::get_if<std::string*>(&entry.bound)) {
+            **s = entry.defaultText;
+        } else {
+            StoreNumber(entry, entry.defaultNumber);
+        }
+    }
+}
+
+// ---- Reading ----
+
+// A minus sign reaches us as a special character of its own.
+int32_t ReadSignedNumber(Tokenizer& tokenizer) {
+    const bool negative = tokenizer.IsSpecial('-');
+    const auto magnitude = static_cast<uint32_t>(tokenizer.ParseNumber());
+    return static_cast<int32_t>(negative ? 0u - magnitude : magnitude);
+}
+
+void ReadList(Tokenizer& tokenizer, const std::vector<ConfigEntry>& list, bool root);
+
+void ReadValue(Tokenizer& tokenizer, const ConfigEntry& entry) {
+    switch (entry.type) {
+        case kConfigBoolean: {
+            const std::string word = tokenizer.ParseName();
+            if (word != "true" && word != "false") {
+                throw ParseException("Config::Load(): Bad boolean value for " + entry.name);
+            }
+            StoreNumber(entry, word == "true");
+            return;
+        }
+        case kConfigInteger: StoreNumber(entry, ReadSignedNumber(tokenizer)); return;
+        case kConfigByte: StoreNumber(entry, std::clamp(ReadSignedNumber(tokenizer), 0, 255)); return;
+        case kConfigRangedByte:
+            StoreNumber(entry, std::clamp(ReadSignedNumber(tokenizer), entry.minimum, entry.maximum));
+            return;
+        case kConfigString: {
+            std::string text = tokenizer.ParseString();
+            if (auto* s = std::get_if<std::string*>(&entry.bound)) **s = std::move(text);
+            return;
+        }
+        default: break;
+    }
+    const std::string word = tokenizer.ParseName();
+    const auto options = SplitOptions(entry.options);
+    const auto found = std::find(options.begin(), options.end(), word);
+    if (found == options.end()) {
+        throw ParseException("Config::Load(): Unknown option " + word + " for " + entry.name);
+    }
+    StoreNumber(entry, static_cast<int32_t>(found - options.begin()));
+}
+
+void ReadEntry(Tokenizer& tokenizer, const std::vector<ConfigEntry>& list) {
+    const std::string name = tokenizer.ParseName();
+    const auto entry = std::find_if(list.begin(), list.end(),
+                                    [&](const ConfigEntry& e) { return e.name == name; });
+    if (entry == list.end()) throw ParseException("Config::Load(): Unknown key " + name);
+    if (entry->type == kConfigSection) {
+        tokenizer.MatchSpecial('{');
+        ReadList(tokenizer, entry->children, false);
+        return;
+    }
+    tokenizer.MatchSpecial('=');
+    ReadValue(tokenizer, *entry);
+}
+
+// The root runs to the file end, a section to its closing brace.
+void ReadList(Tokenizer& tokenizer, const std::vector<ConfigEntry>& list, bool root) {
+    while (!(root ? tokenizer.IsFileEnd() : tokenizer.IsSpecial('}'))) ReadEntry(tokenizer, list);
+}
+
+// ---- Writing ----
+
+std::string Indentation(int depth) { return std::string(static_cast<std::size_t>(std::max(depth, 0)), '\t'); }
+
+std::string Padding(const std::string& name, std::size_t width) {
+    return std::string(width - name.size() + 1, ' ');
+}
+
+std::string FormatValue(const ConfigEntry& entry) {
+    switch (entry.type) {
+        case kConfigBoolean: return StoredNumber(entry) ? "= true\n" : "= false\n";
+        case kConfigInteger:
+        case kConfigByte:
+        case kConfigRangedByte: return "= " + std::to_string(StoredNumber(entry)) + "\n";
+        // Written as it is: a value holding a double quote can't be read back.
+        case kConfigString: return "= \"" + StoredText(entry) + "\"\n";
+        default: break;
+    }
+    const auto options = SplitOptions(entry.options);
+    const int32_t index = StoredNumber(entry);
+    const bool inside = index >= 0 && static_cast<std::size_t>(index) < options.size();
+    return "= " + (inside ? options[static_cast<std::size_t>(index)] : options.back()) + "\n";
+}
+
+// The root list is written at depth -1 without a name; a section at the
+// depth of its parent's entries.
+void WriteList(std::string& out, const std::string* sectionName, const std::vector<ConfigEntry>& list,
+               const std::vector<std::string>& comments, int depth) {
+    const std::string inner = Indentation(depth + 1);
+    if (sectionName) out += Indentation(depth) + *sectionName + " {\n";
+    std::size_t width = 0;
+    for (const auto& entry : list) width = std::max(width, entry.name.size());
+    const bool entryComments = std::any_of(list.begin(), list.end(),
+                                           [](const ConfigEntry& e) { return !e.comments.empty(); });
+    if (!comments.empty() || entryComments) out += inner + ";\n";
+    if (!comments.empty()) {
+        for (const auto& line : comments) out += inner + "; " + line + "\n";
+        out += inner + ";\n";
+    }
+    if (entryComments) {
+        for (const auto& entry : list) {
+            if (entry.comments.empty()) continue;
+            out += inner + "; " + entry.name + ":" + Padding(entry.name, width) + entry.comments.front() + "\n";
+        }
+        out += inner + ";\n";
+    }
+    for (const auto& entry : list) {
+        if (entry.type == kConfigSection) {
+            WriteList(out, &entry.name, entry.children, entry.comments, depth + 1);
+        } else {
+            out += inner + entry.name + Padding(entry.name, width) + FormatValue(entry);
+        }
+    }
+    if (sectionName) out += Indentation(depth) + "}\n";
+}
+
+struct FileCloser {
+    void operator()(std::FILE* file) const { std::fclose(file); }
+};
+using File = std::unique_ptr<std::FILE, FileCloser>;
+
+void ResolveFullPath(std::string& directory) {
+    if (directory.empty()) return;
+    std::error_code error;
+    const std::string full = std::filesystem::absolute(directory, error).string();
+    if (!error && full.size() < kMaxFullPath) directory = full;
+}
+
+}  // namespace
+
+ConfigEntry ConfigEntry::Section(std::string name, std::vector<ConfigEntry> children,
+                                 std::vector<std::string> comments) {
+    ConfigEntry entry = ValueEntry(std::move(name), kConfigSection, {});
+    entry.children = std::move(children);
+    entry.comments = std::move(comments);
+    return entry;
+}
+
+ConfigEntry ConfigEntry::Boolean(std::string name, bool defaultValue, bool* variable) {
+    ConfigEntry entry = ValueEntry(std::move(name), kConfigBoolean, variable);
+    entry.defaultNumber = defaultValue ? 1 : 0;
+    return entry;
+}
+
+ConfigEntry ConfigEntry::Integer(std::string name, int32_t defaultValue, int32_t* variable) {
+    ConfigEntry entry = ValueEntry(std::move(name), kConfigInteger, variable);
+    entry.defaultNumber = defaultValue;
+    return entry;
+}
+
+ConfigEntry ConfigEntry::Byte(std::string name, uint8_t defaultValue, uint8_t* variable) {
+    ConfigEntry entry = ValueEntry(std::move(name), kConfigByte, variable);
+    entry.defaultNumber = defaultValue;
+    return entry;
+}
+
+ConfigEntry ConfigEntry::RangedByte(std::string name, uint8_t defaultValue, uint8_t minimum,
+                                    uint8_t maximum, uint8_t* variable) {
+    ConfigEntry entry = ValueEntry(std::move(name), kConfigRangedByte, variable);
+    entry.defaultNumber = defaultValue;
+    entry.minimum = minimum;
+    entry.maximum = maximum;
+    return entry;
+}
+
+ConfigEntry ConfigEntry::String(std::string name, std::string defaultValue, std::string* variable) {
+    ConfigEntry entry = ValueEntry(std::move(name), kConfigString, variable);
+    entry.defaultText = std::move(defaultValue);
+    return entry;
+}
+
+ConfigEntry ConfigEntry::Enumeration(std::string name, std::string options, int32_t defaultIndex,
+                                     int32_t* variable) {
+    ConfigEntry entry = ValueEntry(std::move(name), kConfigEnumeration, variable);
+    entry.options = std::move(options);
+    entry.defaultNumber = defaultIndex;
+    return entry;
+}
+
+Config::Config(std::vector<ConfigEntry> root, std::vector<std::string> header)
+    : root_(std::move(root)), header_(std::move(header)) {}
+
+void Config::ApplyDefaults() { ApplyListDefaults(root_); }
+
+void Config::Load(const std::filesystem::path& path) {
+    loaded = false;
+    ApplyDefaults();
+    File file(std::fopen(path.string().c_str(), "rb"));
+    if (!file) {
+        loaded = true;  // no file yet: the defaults stand
+        return;
+    }
+    std::string text;
+    char buffer[4096];
+    std::size_t count = 0;
+    while ((count = std::fread(buffer, 1, sizeof buffer, file.get())) > 0) text.append(buffer, count);
+    if (std::ferror(file.get())) throw FileIOException("Config::Load(): Couldn't read " + path.string());
+    LoadText(text);
+}
+
+void Config::LoadText(std::string_view text) {
+    loaded = false;
+    ApplyDefaults();
+    Tokenizer tokenizer;
+    tokenizer.Open(text);
+    tokenizer.SetLineEndTokens(false);
+    tokenizer.AddLineCommentCharacter(';');
+    ReadList(tokenizer, root_, true);
+    loaded = true;
+}
+
+std::string Config::Text() const {
+    std::string out;
+    WriteList(out, nullptr, root_, header_, -1);
+    return out;
+}
+
+void Config::Write(const std::filesystem::path& path) const {
+    const std::string text = Text();
+    File file(std::fopen(path.string().c_str(), "w"));
+    if (!file) throw FileIOException("Config::Write(): Couldn't open " + path.string());
+    if (std::fwrite(text.data(), 1, text.size(), file.get()) != text.size() ||
+        std::fclose(file.release()) != 0) {
+        throw FileIOException("Config::Write(): Couldn't write " + path.string());
+    }
+}
+
+std::vector<ConfigEntry> PreferencesSchema(Preferences& prefs) {
+    std::vector<ConfigEntry> files{
+        ConfigEntry::String("last_module_dir", "", &prefs.lastModuleDir),
+        ConfigEntry::String("last_export_dir", "", &prefs.lastExportDir),
+    };
+    for (int i = 0; i < kRecentModules; ++i) {
+        files.push_back(ConfigEntry::String("last_module" + std::to_string(i + 1), "",
+                                            &prefs.lastModules[static_cast<std::size_t>(i)]));
+    }
+    return {
+        ConfigEntry::Section("appeareance",
+                             {
+                                 ConfigEntry::Boolean("fullscreen", false, &prefs.fullscreen),
+                                 ConfigEntry::String("skin", "default.skin", &prefs.skin),
+                                 ConfigEntry::String("theme", "default", &prefs.theme),
+                             }),
+        ConfigEntry::Section("sound_output",
+                             {ConfigEntry::RangedByte("volume", 50, 0, 100, &prefs.volume)}),
+        ConfigEntry::Section("midi_in",
+                             {
+                                 ConfigEntry::Boolean("midi_in_enable", false, &prefs.midiInEnable),
+                                 ConfigEntry::Byte("midi_in_device_id", 0, &prefs.midiInDeviceId),
+                             }),
+        ConfigEntry::Section("editing",
+                             {
+                                 ConfigEntry::Boolean("wrap_volume", false, &prefs.wrapVolume),
+                                 ConfigEntry::Boolean("paste_delete_notes", true, &prefs.pasteDeleteNotes),
+                             }),
+        ConfigEntry::Section("files_and_directories", std::move(files)),
+    };
+}
+
+std::vector<std::string> PreferencesHeader() {
+    return {
+        "Sondrel V1.00 configuration",
+        "",
+        "This file is rewritten completly every time you quit Sondrel.",
+        "If you want to reset an entry to its default, simply delete it.",
+        "You can also delete the whole file to reset everything.",
+    };
+}
+
+Config MakePreferencesConfig(Preferences& prefs) {
+    return Config(PreferencesSchema(prefs), PreferencesHeader());
+}
+
+void LoadPreferences(Config& config, Preferences& prefs, const std::filesystem::path& path) {
+    config.Load(path);
+    ResolveFullPath(prefs.lastModuleDir);
+    ResolveFullPath(prefs.lastExportDir);
+}
+
+}  // namespace sondrel

@@ -1,0 +1,213 @@
+#include "app/preferences.h"
+
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <string>
+
+#include "model/exception.h"
+#include "test_support.h"
+
+namespace sondrel {
+namespace {
+
+using test::ScratchDir;
+
+const char* const kDefaultFile =
+    ";\n"
+    "; Sondrel V1.00 configuration\n"
+    "; \n"
+    "; This file is rewritten completly every time you quit Sondrel.\n"
+    "; If you want to reset an entry to its default, simply delete it.\n"
+    "; You can also delete the whole file to reset everything.\n"
+    ";\n"
+    "appeareance {\n"
+    "\tfullscreen = false\n"
+    "\tskin       = \"default.skin\"\n"
+    "\ttheme      = \"default\"\n"
+    "}\n"
+    "sound_output {\n"
+    "\tvolume = 50\n"
+    "}\n"
+    "midi_in {\n"
+    "\tmidi_in_enable    = false\n"
+    "\tmidi_in_device_id = 0\n"
+    "}\n"
+    "editing {\n"
+    "\twrap_volume        = false\n"
+    "\tpaste_delete_notes = true\n"
+    "}\n"
+    "files_and_directories {\n"
+    "\tlast_module_dir = \"\"\n"
+    "\tlast_export_dir = \"\"\n"
+    "\tlast_module1    = \"\"\n"
+    "\tlast_module2    = \"\"\n"
+    "\tlast_module3    = \"\"\n"
+    "\tlast_module4    = \"\"\n"
+    "\tlast_module5    = \"\"\n"
+    "\tlast_module6    = \"\"\n"
+    "\tlast_module7    = \"\"\n"
+    "\tlast_module8    = \"\"\n"
+    "\tlast_module9    = \"\"\n"
+    "\tlast_module10   = \"\"\n"
+    "}\n";
+
+std::string FileText(const std::filesystem::path& path) {
+    const auto bytes = test::ReadBytes(path);
+    return std::string(bytes.begin(), bytes.end());
+}
+
+void WriteText(const std::filesystem::path& path, const std::string& text) {
+    test::WriteBytes(path, std::vector<unsigned char>(text.begin(), text.end()));
+}
+
+// Every bound value away from its default.
+Preferences Changed() {
+    return {.fullscreen = true, .skin = "dark.skin", .theme = "night sky", .volume = 7, .midiInEnable = true,
+            .midiInDeviceId = 200, .wrapVolume = true, .pasteDeleteNotes = false, .lastModuleDir = "/m",
+            .lastExportDir = "/e", .lastModules = {"/m/a.sdrltk", "", "/m/c d.sdrltk", "", "", "", "", "", "", "/z"}};
+}
+
+// The written form covers every bound value, so equal texts mean equal settings.
+std::string TextOf(Preferences prefs) { return MakePreferencesConfig(prefs).Text(); }
+
+TEST(PreferencesFile, MissingFileGivesDefaultsWrittenInTheExactLayout) {
+    ScratchDir dir;
+    Preferences prefs = Changed();
+    Config config = MakePreferencesConfig(prefs);
+    config.Load(dir / "absent.prefs");
+    EXPECT_TRUE(config.loaded);
+    config.Write(dir / "sondrel.prefs");
+    EXPECT_EQ(FileText(dir / "sondrel.prefs"), kDefaultFile);
+    EXPECT_EQ(TextOf(Preferences{}), kDefaultFile);
+}
+
+TEST(PreferencesFile, NonDefaultValuesSurviveWriteAndRead) {
+    ScratchDir dir;
+    Preferences written = Changed();
+    MakePreferencesConfig(written).Write(dir / "sondrel.prefs");
+    Preferences read;
+    Config config = MakePreferencesConfig(read);
+    config.Load(dir / "sondrel.prefs");
+    EXPECT_TRUE(config.loaded);
+    EXPECT_EQ(TextOf(read), TextOf(written));
+    EXPECT_THROW(config.Write(dir / "missing" / "sondrel.prefs"), FileIOException);
+}
+
+TEST(PreferencesFile, NumbersAreClampedToTheirRange) {
+    Preferences prefs;
+    Config config = MakePreferencesConfig(prefs);
+    config.LoadText("sound_output { volume = 250 } midi_in { midi_in_device_id = 300 }");
+    EXPECT_EQ(prefs.volume, 100);
+    EXPECT_EQ(prefs.midiInDeviceId, 255);
+    config.LoadText("sound_output { volume = -5 } midi_in { midi_in_device_id = -1 }");
+    EXPECT_EQ(prefs.volume, 0);
+    EXPECT_EQ(prefs.midiInDeviceId, 0);
+}
+
+TEST(PreferencesFile, PartialFilesKeepTheOtherDefaults) {
+    ScratchDir dir;
+    WriteText(dir / "sondrel.prefs", "sound_output { volume = 70 }");
+    Preferences prefs = Changed();
+    Config config = MakePreferencesConfig(prefs);
+    config.Load(dir / "sondrel.prefs");
+    EXPECT_TRUE(config.loaded);
+    EXPECT_EQ(TextOf(prefs), TextOf({.volume = 70}));
+
+    // Any order, comments, and a section given twice.
+    config.LoadText(
+        "; my settings\n"
+        "editing { paste_delete_notes = false wrap_volume = true } ; trailing\r\n"
+        "appeareance { theme = \"x;y\" }\n"
+        "appeareance { fullscreen = true }\n");
+    EXPECT_EQ(TextOf(prefs),
+              TextOf({.fullscreen = true, .theme = "x;y", .wrapVolume = true, .pasteDeleteNotes = false}));
+}
+
+TEST(PreferencesFile, MalformedFilesFailAndStayUnloaded) {
+    const char* const bad[] = {
+        "appeareance { fullscreen = yes }",
+        "appeareance { fullscreen = 1 }",
+        "appeareance { colour = \"red\" }",
+        "volume = 5",
+        "sound_output { volume 5 }",
+        "sound_output volume = 5 }",
+        "sound_output { volume = 5",
+        "sound_output { volume = \"5\" }",
+        "appeareance { skin = default }",
+        "appeareance { skin = \"open }",
+    };
+    for (const char* text : bad) {
+        Preferences prefs;
+        Config config = MakePreferencesConfig(prefs);
+        config.loaded = true;
+        EXPECT_THROW(config.LoadText(text), ParseException) << text;
+        EXPECT_FALSE(config.loaded) << text;
+    }
+}
+
+TEST(PreferencesFile, QuotesInStringsAreWrittenAsTheyAre) {
+    ScratchDir dir;
+    Preferences prefs;
+    prefs.skin = "say \"hi\"";
+    Config config = MakePreferencesConfig(prefs);
+    config.Write(dir / "sondrel.prefs");
+    EXPECT_NE(FileText(dir / "sondrel.prefs").find("\tskin       = \"say \"hi\"\"\n"), std::string::npos);
+    EXPECT_THROW(config.Load(dir / "sondrel.prefs"), ParseException);
+    EXPECT_FALSE(config.loaded);
+}
+
+TEST(PreferencesFile, DirectoriesResolveToFullPaths) {
+    ScratchDir dir;
+    WriteText(dir / "sondrel.prefs",
+              "files_and_directories { last_module_dir = \"songs\" last_module1 = \"a.sdrltk\" }");
+    Preferences prefs;
+    Config config = MakePreferencesConfig(prefs);
+    LoadPreferences(config, prefs, dir / "sondrel.prefs");
+    EXPECT_EQ(prefs.lastModuleDir, (std::filesystem::current_path() / "songs").string());
+    EXPECT_EQ(prefs.lastExportDir, "");
+    EXPECT_EQ(prefs.lastModules[0], "a.sdrltk");
+}
+
+// The generic parts that the shipped schema does not use: integers,
+// enumerations and comment lines.
+TEST(ConfigSchema, IntegersEnumerationsAndComments) {
+    int32_t offset = 0;
+    int32_t mode = 0;
+    bool flag = true;
+    ConfigEntry offsetEntry = ConfigEntry::Integer("offset", -3, &offset);
+    offsetEntry.comments = {"Shift in lines", "only the first line is written"};
+    Config config({ConfigEntry::Section("general",
+                                        {offsetEntry, ConfigEntry::Enumeration("mode", "off|soft|loud", 1, &mode),
+                                         ConfigEntry::Boolean("flag", false, &flag)},
+                                        {"General things"})},
+                  {});
+    config.ApplyDefaults();
+    EXPECT_EQ(config.Text(),
+              ";\n"
+              "; general: General things\n"
+              ";\n"
+              "general {\n"
+              "\t;\n"
+              "\t; General things\n"
+              "\t;\n"
+              "\t; offset: Shift in lines\n"
+              "\t;\n"
+              "\toffset = -3\n"
+              "\tmode   = soft\n"
+              "\tflag   = false\n"
+              "}\n");
+
+    config.LoadText("general { mode = loud offset = -20 }");
+    EXPECT_EQ(offset, -20);
+    EXPECT_EQ(mode, 2);
+    EXPECT_THROW(config.LoadText("general { mode = max }"), ParseException);
+    EXPECT_THROW(config.LoadText("general { mode = \"off\" }"), ParseException);
+
+    // An index beyond the options is written as the last option.
+    mode = 9;
+    EXPECT_NE(config.Text().find("\tmode   = loud\n"), std::string::npos);
+}
+
+}  // namespace
+}  // namespace sondrel
