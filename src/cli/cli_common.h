@@ -1,0 +1,62 @@
+#pragma once
+// What the headless tool's subcommands share: how they register, report
+// failures, load files and take the importers' options from flags.
+
+#include <functional>
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "cli/cli_options.h"
+#include "files/importers.h"
+#include "model/module.h"
+
+namespace sondrel::cli {
+
+constexpr int kExitOk = 0;
+constexpr int kExitFailure = 1;
+constexpr int kExitUsage = 2;
+
+// A failure the user is told about: the system's message, then why. Exit code 1.
+struct Failure {
+    std::string message;
+    std::string reason;
+};
+
+struct Command {
+    std::string name;
+    std::string summary;
+    std::string usage;  // shown by --help and after a usage error
+    std::function<int(const std::vector<std::string>&)> run;
+    int order = 100;    // place in the overview
+};
+
+// Each command file registers its commands with a static CommandRegistration.
+std::vector<Command>& Commands();
+struct CommandRegistration {
+    explicit CommandRegistration(Command command) { Commands().push_back(std::move(command)); }
+};
+
+// The options every command that loads a file accepts, and their help lines.
+extern const std::vector<std::string> kImportOptions;
+extern const char* const kImportHelp;
+std::vector<std::string> WithImportOptions(std::vector<std::string> options);
+
+// Importers ask the caller for their options; here they come from the flags.
+class FlagImportOptions : public ImportOptionsProvider {
+public:
+    explicit FlagImportOptions(const Arguments& args);
+    std::optional<ChipSettings> ModSettings() override { return settings_; }
+    std::optional<ChipSettings> VgmSettings() override { return settings_; }
+    std::optional<ChipSettings> MidiSettings() override { return settings_; }
+    std::optional<ChipSettings> BasicSettings() override { return settings_; }
+
+protected:
+    ChipSettings settings_;
+};
+
+// Loads any loadable file into a new module; a failure becomes "Couldn't load module.".
+std::unique_ptr<Module> LoadOrFail(const std::string& path, ImportOptionsProvider& options);
+
+}  // namespace sondrel::cli

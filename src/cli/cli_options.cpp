@@ -1,0 +1,71 @@
+#include "cli/cli_options.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <cstdlib>
+
+namespace sondrel::cli {
+
+Arguments::Arguments(const std::vector<std::string>& args, const std::vector<std::string>& valueOptions,
+                     const std::vector<std::string>& flags) {
+    auto known = [](const std::vector<std::string>& list, const std::string& name) {
+        return std::find(list.begin(), list.end(), name) != list.end();
+    };
+    for (size_t i = 0; i < args.size(); ++i) {
+        const std::string& arg = args[i];
+        if (arg.size() < 2 || arg.rfind("--", 0) != 0) {
+            positional_.push_back(arg);
+            continue;
+        }
+        std::string name = arg;
+        std::optional<std::string> value;
+        if (auto eq = arg.find('='); eq != std::string::npos) {
+            name = arg.substr(0, eq);
+            value = arg.substr(eq + 1);
+        }
+        if (known(flags, name)) {
+            if (value) throw UsageError(name + " takes no value");
+            values_[name] = "";
+        } else if (known(valueOptions, name)) {
+            if (!value) {
+                if (i + 1 >= args.size()) throw UsageError(name + " needs a value");
+                value = args[++i];
+            }
+            values_[name] = *value;
+        } else {
+            throw UsageError("unknown option " + name);
+        }
+    }
+}
+
+std::optional<std::string> Arguments::Value(const std::string& option) const {
+    auto it = values_.find(option);
+    if (it == values_.end()) return std::nullopt;
+    return it->second;
+}
+
+int Arguments::Int(const std::string& option, int fallback, int low, int high) const {
+    auto text = Value(option);
+    if (!text) return fallback;
+    errno = 0;
+    char* end = nullptr;
+    long value = std::strtol(text->c_str(), &end, 10);
+    if (text->empty() || *end != '\0' || errno != 0 || value < low || value > high)
+        throw UsageError(option + " must be a whole number from " + std::to_string(low) + " to " +
+                         std::to_string(high) + ", not \"" + *text + "\"");
+    return static_cast<int>(value);
+}
+
+double Arguments::Double(const std::string& option, double fallback, double low, double high) const {
+    auto text = Value(option);
+    if (!text) return fallback;
+    errno = 0;
+    char* end = nullptr;
+    double value = std::strtod(text->c_str(), &end);
+    if (text->empty() || *end != '\0' || errno != 0 || !(value >= low && value <= high))
+        throw UsageError(option + " must be a number from " + std::to_string(static_cast<int>(low)) + " to " +
+                         std::to_string(static_cast<int>(high)) + ", not \"" + *text + "\"");
+    return value;
+}
+
+}  // namespace sondrel::cli

@@ -1,0 +1,83 @@
+#include <gtest/gtest.h>
+#include <sys/wait.h>
+
+#include <array>
+#include <cstdio>
+#include <string>
+
+#include "test_support.h"
+
+namespace sondrel {
+namespace {
+
+struct RunResult {
+    int exitCode = -1;
+    std::string output;  // stdout and stderr together
+};
+
+RunResult Cli(const std::string& arguments) {
+    const std::string command = (test::BinaryDir() / "sondrel-cli").string() + " " + arguments + " 2>&1";
+    RunResult result;
+    FILE* pipe = popen(command.c_str(), "r");
+    if (!pipe) return result;
+    std::array<char, 4096> buffer{};
+    size_t got;
+    while ((got = fread(buffer.data(), 1, buffer.size(), pipe)) > 0) result.output.append(buffer.data(), got);
+    const int status = pclose(pipe);
+    result.exitCode = WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+    return result;
+}
+
+std::string Demo() { return (test::SourceDir() / "data" / "demo.sdrltk").string(); }
+
+TEST(CliTest, InfoDescribesTheDemoSong) {
+    RunResult info = Cli("info " + Demo());
+    ASSERT_EQ(info.exitCode, 0) << info.output;
+    EXPECT_NE(info.output.find("Type:"), std::string::npos);
+    EXPECT_NE(info.output.find("NTSC (60Hz)"), std::string::npos);
+    EXPECT_NE(info.output.find("Initial speed:              6.0"), std::string::npos);
+    EXPECT_NE(info.output.find(" sec. ("), std::string::npos);
+    EXPECT_NE(info.output.find(" min.)"), std::string::npos);
+}
+
+TEST(CliTest, RenderConvertAndTheirFailures) {
+    test::ScratchDir dir;
+    const std::string wav = (dir / "demo.wav").string();
+    RunResult render = Cli("render " + Demo() + " " + wav + " --seconds 2 --volume 80");
+    ASSERT_EQ(render.exitCode, 0) << render.output;
+    EXPECT_EQ(test::ReadBytes(wav).size(), 44u + 120 * 735 * 4);
+
+    const std::string copy = (dir / "copy.sdrltk").string();
+    RunResult convert = Cli("convert " + Demo() + " " + copy);
+    ASSERT_EQ(convert.exitCode, 0) << convert.output;
+    EXPECT_EQ(test::ReadBytes(copy), test::ReadBytes(Demo()));
+
+    // Files that can't be loaded: the system's message and the reason, exit code 1.
+    test::WriteBytes(dir / "junk.txt", {'h', 'e', 'l', 'l', 'o'});
+    RunResult junk = Cli("info " + (dir / "junk.txt").string());
+    EXPECT_EQ(junk.exitCode, 1);
+    EXPECT_NE(junk.output.find("Couldn't load module."), std::string::npos) << junk.output;
+    EXPECT_EQ(Cli("render " + (dir / "missing.sdrltk").string() + " " + wav).exitCode, 1);
+    RunResult unwritable = Cli("convert " + Demo() + " /nonexistent-dir/x.sdrltk");
+    EXPECT_EQ(unwritable.exitCode, 1);
+    EXPECT_NE(unwritable.output.find("Couldn't save module."), std::string::npos);
+}
+
+TEST(CliTest, UsageErrorsAndHelp) {
+    EXPECT_EQ(Cli("").exitCode, 2);
+    EXPECT_EQ(Cli("frobnicate").exitCode, 2);
+    EXPECT_EQ(Cli("info").exitCode, 2);
+    EXPECT_EQ(Cli("render " + Demo() + " x.wav --volume 101").exitCode, 2);
+    EXPECT_EQ(Cli("render " + Demo() + " x.wav --loops").exitCode, 2);
+    EXPECT_EQ(Cli("render " + Demo() + " x.wav --loops two").exitCode, 2);
+    EXPECT_EQ(Cli("info " + Demo() + " --chip secam").exitCode, 2);
+    EXPECT_EQ(Cli("--help").exitCode, 0);
+    for (const char* command : {"info", "render", "convert"}) {
+        RunResult help = Cli(std::string(command) + " --help");
+        EXPECT_EQ(help.exitCode, 0);
+        EXPECT_NE(help.output.find("usage: sondrel-cli"), std::string::npos) << command;
+    }
+}
+
+}  // namespace
+}  // namespace sondrel
