@@ -44,16 +44,20 @@ extern const char* const kImportHelp;
 std::vector<std::string> WithImportOptions(std::vector<std::string> options);
 
 // Importers ask the caller for their options; here they come from the flags.
+// Chip flags override what the importer proposes; without them its defaults stand.
 class FlagImportOptions : public ImportOptionsProvider {
 public:
     explicit FlagImportOptions(const Arguments& args);
-    std::optional<ChipSettings> ModSettings() override { return settings_; }
-    std::optional<ChipSettings> VgmSettings() override { return settings_; }
-    std::optional<ChipSettings> MidiSettings() override { return settings_; }
-    std::optional<ChipSettings> BasicSettings() override { return settings_; }
+    std::optional<ModImportOptions> ChooseModOptions(const ModImportOptions& proposal) override;
+    std::optional<VgmImportOptions> ChooseVgmOptions(const VgmImportOptions& proposal) override;
+    std::optional<MidiImportOptions> ChooseMidiOptions(const MidiImportOptions& proposal) override;
+    std::optional<BasicImportOptions> ChooseBasicOptions(const BasicImportOptions& proposal) override;
 
 protected:
-    ChipSettings settings_;
+    ChipSettings Chip(ChipSettings proposed) const;
+
+    std::optional<uint8_t> chipType_;
+    std::optional<uint8_t> divider_;
 };
 
 // Loads any loadable file into a new module; a failure becomes "Couldn't load module.".

@@ -1,41 +1,34 @@
 #pragma once
-// Entry points of the importers that turn other kinds of files into a Module,
-// and the options their callers supply: dialogs in the editor, flags on the
-// command line.
+// The importers that turn other kinds of files into a Module, and the options
+// their callers supply: dialogs in the editor, flags on the command line.
 //
-// An importer replaces the module it is given with a new one built from the
-// file and returns true, returns false when the user cancels its options, and
-// throws Exception (or a subclass) on malformed input.
+// An importer reads the file, proposes its options (what it learned of the
+// file and the defaults) to the caller, and with the options chosen replaces
+// the module it is given and returns true. It returns false, leaving the
+// module untouched, when the caller declines, and throws Exception (or a
+// subclass) on malformed input.
 
-#include <cstdio>
 #include <optional>
-#include <string>
 
-#include "model/module.h"
+#include "files/basic_import.h"
+#include "files/midi_import.h"
+#include "files/mod_import.h"
+#include "files/vgm_import.h"
 
 namespace sondrel {
 
 class ImportOptionsProvider {
 public:
-    virtual ~ImportOptionsProvider() = 0;
+    virtual ~ImportOptionsProvider() = default;
 
-    // The chip settings for the imported module; nothing means "cancelled".
-    // Unless overridden, every import uses NTSC with divider 1x.
-    virtual std::optional<ChipSettings> ModSettings() { return ChipSettings{}; }
-    virtual std::optional<ChipSettings> VgmSettings() { return ChipSettings{}; }
-    virtual std::optional<ChipSettings> MidiSettings() { return ChipSettings{}; }
-    virtual std::optional<ChipSettings> BasicSettings() { return ChipSettings{}; }
+    // Each returns the options as chosen, or nothing when the user cancels.
+    // Unless overridden, the proposal is taken as it stands.
+    virtual std::optional<ModImportOptions> ChooseModOptions(const ModImportOptions& proposal) { return proposal; }
+    virtual std::optional<VgmImportOptions> ChooseVgmOptions(const VgmImportOptions& proposal) { return proposal; }
+    virtual std::optional<MidiImportOptions> ChooseMidiOptions(const MidiImportOptions& proposal) { return proposal; }
+    virtual std::optional<BasicImportOptions> ChooseBasicOptions(const BasicImportOptions& proposal) {
+        return proposal;
+    }
 };
-
-inline ImportOptionsProvider::~ImportOptionsProvider() = default;
-
-// Amiga MOD; the stream is positioned at the start of the file.
-bool ImportMod(Module& module, FILE* file, const std::string& path, ImportOptionsProvider& options);
-// VGM, plain or gzip-compressed; opened by name.
-bool ImportVgm(Module& module, const std::string& path, ImportOptionsProvider& options);
-// Standard MIDI file; the stream is positioned at the start of the file.
-bool ImportMidi(Module& module, FILE* file, const std::string& path, ImportOptionsProvider& options);
-// BASIC listing, plain or tokenized; the stream is positioned at the start of the file.
-bool ImportBasic(Module& module, FILE* file, const std::string& path, ImportOptionsProvider& options);
 
 }  // namespace sondrel
