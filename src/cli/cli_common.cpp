@@ -10,11 +10,41 @@ std::vector<Command>& Commands() {
     return commands;
 }
 
-const std::vector<std::string> kImportOptions = {"--chip", "--divider"};
+const std::vector<std::string> kImportOptions = {"--chip",    "--divider",        "--channel",
+                                                "--disable", "--lines-per-beat", "--instruments"};
 const char* const kImportHelp =
     "  --chip ntsc|pal     chip type for imported files (default: VGM from its header,\n"
     "                      MOD pal, MIDI and BASIC ntsc)\n"
-    "  --divider 1x|2x     frequency divider for imported files (default 1x)\n";
+    "  --divider 1x|2x     frequency divider for imported files (default 1x)\n"
+    "MIDI files:\n"
+    "  --channel M=C:I     MIDI channel M (1-16) plays on chip channel C (0-3) with\n"
+    "                      instrument I (0-15); may be given for several channels\n"
+    "  --disable M         leave MIDI channel M (1-16) out; may be repeated\n"
+    "  --lines-per-beat N  quantise to N lines per quarter note (1-96), with the speed\n"
+    "                      taken from the tempo, instead of one line per tick\n"
+    "BASIC listings:\n"
+    "  --instruments N,S,L,SOUND,BEEP,PAUSE\n"
+    "                      instruments (0-15) for PLAY normal, staccato and legato,\n"
+    "                      SOUND, BEEP and pauses (default 0,1,2,3,4,5)\n";
+
+namespace {
+
+// A whole number in [low, high] from text, or a usage error naming the option.
+int ParseNumber(const std::string& text, int low, int high, const std::string& option) {
+    size_t used = 0;
+    int value = 0;
+    try {
+        value = std::stoi(text, &used);
+    } catch (const std::exception&) {
+        used = 0;
+    }
+    if (used == 0 || used != text.size() || value < low || value > high)
+        throw UsageError(option + ": \"" + text + "\" is not a number from " + std::to_string(low) + " to " +
+                         std::to_string(high));
+    return value;
+}
+
+}  // namespace
 
 std::vector<std::string> WithImportOptions(std::vector<std::string> options) {
     options.insert(options.end(), kImportOptions.begin(), kImportOptions.end());
@@ -31,6 +61,32 @@ FlagImportOptions::FlagImportOptions(const Arguments& args) {
         if (*divider == "1x" || *divider == "1") divider_ = kDivider1x;
         else if (*divider == "2x" || *divider == "2") divider_ = kDivider2x;
         else throw UsageError("--divider must be 1x or 2x, not \"" + *divider + "\"");
+    }
+    for (const std::string& spec : args.Values("--channel")) {
+        const auto eq = spec.find('=');
+        const auto colon = spec.find(':', eq == std::string::npos ? 0 : eq);
+        if (eq == std::string::npos || colon == std::string::npos)
+            throw UsageError("--channel takes MIDICH=CHIP:INSTRUMENT, not \"" + spec + "\"");
+        MidiChannelChoice choice;
+        choice.enable = true;
+        const int midi = ParseNumber(spec.substr(0, eq), 1, 16, "--channel");
+        choice.chipChannel = static_cast<uint8_t>(ParseNumber(spec.substr(eq + 1, colon - eq - 1), 0, 3, "--channel"));
+        choice.instrument = static_cast<uint8_t>(ParseNumber(spec.substr(colon + 1), 0, 15, "--channel"));
+        midiChannels_.emplace_back(midi, choice);
+    }
+    for (const std::string& spec : args.Values("--disable")) midiDisabled_.push_back(ParseNumber(spec, 1, 16, "--disable"));
+    if (auto lines = args.Value("--lines-per-beat")) linesPerBeat_ = ParseNumber(*lines, 1, 96, "--lines-per-beat");
+    if (auto list = args.Value("--instruments")) {
+        std::array<uint8_t, 6> slots{};
+        size_t start = 0;
+        for (int i = 0; i < 6; ++i) {
+            const size_t comma = list->find(',', start);
+            if ((comma == std::string::npos) != (i == 5))
+                throw UsageError("--instruments takes six numbers separated by commas, not \"" + *list + "\"");
+            slots[i] = static_cast<uint8_t>(ParseNumber(list->substr(start, comma - start), 0, 15, "--instruments"));
+            start = comma + 1;
+        }
+        basicInstruments_ = slots;
     }
 }
 
@@ -55,12 +111,21 @@ std::optional<VgmImportOptions> FlagImportOptions::ChooseVgmOptions(const VgmImp
 std::optional<MidiImportOptions> FlagImportOptions::ChooseMidiOptions(const MidiImportOptions& proposal) {
     MidiImportOptions chosen = proposal;
     chosen.chip = Chip(proposal.chip);
+    for (const auto& [midi, choice] : midiChannels_) {
+        MidiChannelChoice& slot = chosen.channels[midi - 1];
+        slot.enable = true;
+        slot.chipChannel = choice.chipChannel;
+        slot.instrument = choice.instrument;
+    }
+    for (int midi : midiDisabled_) chosen.channels[midi - 1].enable = false;
+    if (linesPerBeat_) chosen.linesPerBeat = *linesPerBeat_;
     return chosen;
 }
 
 std::optional<BasicImportOptions> FlagImportOptions::ChooseBasicOptions(const BasicImportOptions& proposal) {
     BasicImportOptions chosen = proposal;
     chosen.chip = Chip(proposal.chip);
+    if (basicInstruments_) chosen.instruments = *basicInstruments_;
     return chosen;
 }
 

@@ -2,10 +2,12 @@
 // What the headless tool's subcommands share: how they register, report
 // failures, load files and take the importers' options from flags.
 
+#include <array>
 #include <functional>
 #include <memory>
 #include <optional>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "cli/cli_options.h"
@@ -58,6 +60,12 @@ protected:
 
     std::optional<uint8_t> chipType_;
     std::optional<uint8_t> divider_;
+    // MIDI: channel 1..16 -> (chip channel, instrument); channels switched off; quantisation.
+    std::vector<std::pair<int, MidiChannelChoice>> midiChannels_;
+    std::vector<int> midiDisabled_;
+    std::optional<int> linesPerBeat_;
+    // BASIC: the six instrument slots.
+    std::optional<std::array<uint8_t, 6>> basicInstruments_;
 };
 
 // Loads any loadable file into a new module; a failure becomes "Couldn't load module.".

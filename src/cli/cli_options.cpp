@@ -25,13 +25,13 @@ Arguments::Arguments(const std::vector<std::string>& args, const std::vector<std
         }
         if (known(flags, name)) {
             if (value) throw UsageError(name + " takes no value");
-            values_[name] = "";
+            values_[name].push_back("");
         } else if (known(valueOptions, name)) {
             if (!value) {
                 if (i + 1 >= args.size()) throw UsageError(name + " needs a value");
                 value = args[++i];
             }
-            values_[name] = *value;
+            values_[name].push_back(*value);
         } else {
             throw UsageError("unknown option " + name);
         }
@@ -41,7 +41,12 @@ Arguments::Arguments(const std::vector<std::string>& args, const std::vector<std
 std::optional<std::string> Arguments::Value(const std::string& option) const {
     auto it = values_.find(option);
     if (it == values_.end()) return std::nullopt;
-    return it->second;
+    return it->second.back();
+}
+
+std::vector<std::string> Arguments::Values(const std::string& option) const {
+    auto it = values_.find(option);
+    return it == values_.end() ? std::vector<std::string>{} : it->second;
 }
 
 int Arguments::Int(const std::string& option, int fallback, int low, int high) const {

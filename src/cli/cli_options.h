@@ -23,14 +23,16 @@ public:
 
     const std::vector<std::string>& Positional() const { return positional_; }
     bool Has(const std::string& option) const { return values_.count(option) > 0; }
+    // The last value given for the option; Values gives every one, in order.
     std::optional<std::string> Value(const std::string& option) const;
+    std::vector<std::string> Values(const std::string& option) const;
     // The option's value as an integer within [low, high], or fallback when absent.
     int Int(const std::string& option, int fallback, int low, int high) const;
     double Double(const std::string& option, double fallback, double low, double high) const;
 
 private:
     std::vector<std::string> positional_;
-    std::map<std::string, std::string> values_;
+    std::map<std::string, std::vector<std::string>> values_;
 };
 
 }  // namespace sondrel::cli

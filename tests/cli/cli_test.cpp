@@ -71,6 +71,14 @@ TEST(CliTest, UsageErrorsAndHelp) {
     EXPECT_EQ(Cli("render " + Demo() + " x.wav --loops").exitCode, 2);
     EXPECT_EQ(Cli("render " + Demo() + " x.wav --loops two").exitCode, 2);
     EXPECT_EQ(Cli("info " + Demo() + " --chip secam").exitCode, 2);
+    // Importer flags are checked even when the file needs no importer.
+    EXPECT_EQ(Cli("info " + Demo() + " --channel 10=3:5 --channel 1=0:0 --disable 2 --lines-per-beat 4"
+                  " --instruments 0,1,2,3,4,15 --chip pal --divider 2x").exitCode, 0);
+    for (const char* bad : {"--channel 17=0:0", "--channel 1=4:0", "--channel 1=0", "--channel 1=0:16",
+                            "--disable 0", "--lines-per-beat 0", "--instruments 1,2,3", "--instruments 1,2,3,4,5,6,7",
+                            "--instruments 1,2,3,4,5,x"}) {
+        EXPECT_EQ(Cli("info " + Demo() + " " + bad).exitCode, 2) << bad;
+    }
     EXPECT_EQ(Cli("--help").exitCode, 0);
     for (const char* command : {"info", "render", "convert"}) {
         RunResult help = Cli(std::string(command) + " --help");
