@@ -62,19 +62,19 @@ FlagImportOptions::FlagImportOptions(const Arguments& args) {
         else if (*divider == "2x" || *divider == "2") divider_ = kDivider2x;
         else throw UsageError("--divider must be 1x or 2x, not \"" + *divider + "\"");
     }
-    for (const std::string& spec : args.Values("--channel")) {
-        const auto eq = spec.find('=');
-        const auto colon = spec.find(':', eq == std::string::npos ? 0 : eq);
+    for (const std::string& route : args.Values("--channel")) {
+        const auto eq = route.find('=');
+        const auto colon = route.find(':', eq == std::string::npos ? 0 : eq);
         if (eq == std::string::npos || colon == std::string::npos)
-            throw UsageError("--channel takes MIDICH=CHIP:INSTRUMENT, not \"" + spec + "\"");
+            throw UsageError("--channel takes MIDICH=CHIP:INSTRUMENT, not \"" + route + "\"");
         MidiChannelChoice choice;
         choice.enable = true;
-        const int midi = ParseNumber(spec.substr(0, eq), 1, 16, "--channel");
-        choice.chipChannel = static_cast<uint8_t>(ParseNumber(spec.substr(eq + 1, colon - eq - 1), 0, 3, "--channel"));
-        choice.instrument = static_cast<uint8_t>(ParseNumber(spec.substr(colon + 1), 0, 15, "--channel"));
+        const int midi = ParseNumber(route.substr(0, eq), 1, 16, "--channel");
+        choice.chipChannel = static_cast<uint8_t>(ParseNumber(route.substr(eq + 1, colon - eq - 1), 0, 3, "--channel"));
+        choice.instrument = static_cast<uint8_t>(ParseNumber(route.substr(colon + 1), 0, 15, "--channel"));
         midiChannels_.emplace_back(midi, choice);
     }
-    for (const std::string& spec : args.Values("--disable")) midiDisabled_.push_back(ParseNumber(spec, 1, 16, "--disable"));
+    for (const std::string& channel : args.Values("--disable")) midiDisabled_.push_back(ParseNumber(channel, 1, 16, "--disable"));
     if (auto lines = args.Value("--lines-per-beat")) linesPerBeat_ = ParseNumber(*lines, 1, 96, "--lines-per-beat");
     if (auto list = args.Value("--instruments")) {
         std::array<uint8_t, 6> slots{};
