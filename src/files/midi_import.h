@@ -1,5 +1,11 @@
 #pragma once
 // Standard MIDI file import.
+//
+// The file's notes are routed channel by channel onto the chip channels. By
+// default the result has one line per chip tick (speed "SP" 1.0), with every
+// onset on the tick nearest to its time in the file; with linesPerBeat set the
+// notes are quantised to that many lines per quarter note and the speed
+// follows the file's tempo, which gives a score that is easier to edit.
 
 #include <array>
 #include <cstdint>
@@ -26,8 +32,14 @@ struct MidiImportOptions {
     int linesPerBeat = 0;  // 0: one line per tick; N: quantised to N lines per quarter note
 };
 
+// The proposal gives every channel with notes enabled; MIDI channel 10 (the
+// General MIDI drums) on the noise channel, the others on tone channels 0, 1,
+// 2, 0, ... in the order of their first note; instruments numbered in the
+// order of the enabled channels.
+//
 // The stream is positioned at the start of the file. Returns false, leaving
-// the module untouched, when the caller declines the options.
+// the module untouched, when the caller declines the options; throws
+// ParseException on a malformed file or one in format 2.
 bool ImportMidi(Module& module, FILE* file, const std::string& path, ImportOptionsProvider& options);
 
 }  // namespace sondrel
