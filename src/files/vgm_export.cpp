@@ -1,0 +1,171 @@
+#include "files/vgm_export.h"
+
+#include <array>
+
+#include "files/file_stream.h"
+#include "files/song_stepper.h"
+#include "model/exception.h"
+
+namespace sondrel {
+
+namespace {
+
+constexpr uint32_t kNtscClock = 3579545;
+constexpr uint32_t kPalClock = 3546893;
+constexpr uint32_t kVersion = 0x150;
+constexpr size_t kHeaderSize = 0x40;
+constexpr size_t kEndOffsetField = 0x04;
+constexpr size_t kGd3OffsetField = 0x14;
+constexpr size_t kSampleCountField = 0x18;
+
+constexpr uint8_t kPsgWrite = 0x50;
+constexpr uint8_t kStereoWrite = 0x4F;
+constexpr uint8_t kWaitNtscFrame = 0x62;
+constexpr uint8_t kWaitPalFrame = 0x63;
+constexpr uint8_t kEndOfData = 0x66;
+
+constexpr const char* kSystemName = "Sega Master System / Game Gear";
+constexpr const char* kCreatorName = "Sondrel VGM Exporter";
+
+// Little-endian appends and patches.
+class VgmBuffer {
+public:
+    void Byte(uint8_t value) { bytes_.push_back(value); }
+    void Word(uint16_t value) {
+        Byte(static_cast<uint8_t>(value));
+        Byte(static_cast<uint8_t>(value >> 8));
+    }
+    void Long(uint32_t value) {
+        Word(static_cast<uint16_t>(value));
+        Word(static_cast<uint16_t>(value >> 16));
+    }
+    void Text(const char* text) {
+        for (; *text; ++text) Byte(static_cast<uint8_t>(*text));
+    }
+    // Each byte of the 8-bit text widened to one 16-bit unit, then a zero unit.
+    void WideString(const std::string& text) {
+        for (char c : text) Word(static_cast<uint8_t>(c));
+        Word(0);
+    }
+    void Patch(size_t offset, uint32_t value) {
+        for (int i = 0; i < 4; ++i) bytes_[offset + i] = static_cast<uint8_t>(value >> (8 * i));
+    }
+    size_t Size() const { return bytes_.size(); }
+    std::vector<uint8_t> Take() { return std::move(bytes_); }
+
+private:
+    std::vector<uint8_t> bytes_;
+};
+
+uint32_t ChipClock(const Module& module) {
+    const uint32_t clock = module.IsPal() ? kPalClock : kNtscClock;
+    return module.frequencyDivider == kDivider2x ? clock >> 1 : clock;
+}
+
+void WriteHeader(VgmBuffer& out, const Module& module) {
+    out.Text("Vgm ");
+    out.Long(0);  // end-of-file offset, patched
+    out.Long(kVersion);
+    out.Long(ChipClock(module));
+    out.Long(0);  // YM2413 clock
+    out.Long(0);  // GD3 offset, patched
+    out.Long(0);  // total samples, patched
+    out.Long(0);  // loop offset: no loop
+    out.Long(0);  // loop samples
+    out.Long(module.IsPal() ? 50 : 60);
+    out.Word(9);  // noise feedback pattern
+    out.Byte(16);  // noise shift register width
+    out.Byte(0);
+    out.Long(0);  // YM2612 clock
+    out.Long(0);  // YM2151 clock
+    out.Long(static_cast<uint32_t>(kHeaderSize - 0x34));
+    out.Long(0);
+    out.Long(0);
+}
+
+// Plays the song and records each frame's changed registers; returns the samples waited.
+uint32_t WriteCommands(VgmBuffer& out, Module& module) {
+    const bool pal = module.IsPal();
+    const uint32_t frameSamples = pal ? 882 : 735;
+    const uint8_t wait = pal ? kWaitPalFrame : kWaitNtscFrame;
+
+    // Values no register holds, so that the first frame writes every register.
+    std::array<uint16_t, kToneChannels> periods;
+    periods.fill(0xFFFF);
+    std::array<uint8_t, kChannels> volumes;
+    volumes.fill(255);
+
+    SongStepper stepper(module);
+    uint32_t samples = 0;
+    for (;;) {
+        stepper.Step();
+        const SoundChip& chip = stepper.Chip();
+        for (int c = 0; c < kChannels; ++c) {
+            const uint8_t volume = chip.Attenuation(c);
+            if (volume != volumes[c]) {
+                volumes[c] = volume;
+                out.Byte(kPsgWrite);
+                out.Byte(static_cast<uint8_t>(0x90 + c * 32 + volume));
+            }
+            if (c >= kToneChannels) continue;
+            const uint16_t period = chip.TonePeriod(c);
+            if (period != periods[c]) {
+                periods[c] = period;
+                out.Byte(kPsgWrite);
+                out.Byte(static_cast<uint8_t>(0x80 + c * 32 + (period & 15)));
+                out.Byte(kPsgWrite);
+                out.Byte(static_cast<uint8_t>(period >> 4));
+            }
+        }
+        // The stereo register is written in every frame that has a setting, changed or not.
+        if (chip.Stereo() < 255) {
+            out.Byte(kStereoWrite);
+            out.Byte(chip.Stereo());
+        }
+        if (chip.NoiseWritten()) {
+            out.Byte(kPsgWrite);
+            out.Byte(static_cast<uint8_t>(0xE0 + (chip.NoiseWhite() ? 4 : 0) + chip.NoiseRate()));
+        }
+        out.Byte(wait);
+        samples += frameSamples;
+        if (stepper.Ended()) break;
+    }
+    return samples;
+}
+
+void WriteGd3(VgmBuffer& out, const Module& module) {
+    out.Text("Gd3 ");
+    out.Long(0x100);
+    const size_t lengthField = out.Size();
+    out.Long(0);  // length of the strings, patched
+    const std::string empty;
+    for (const std::string* text : {&module.title, &empty, &empty, &empty}) out.WideString(*text);
+    out.WideString(kSystemName);
+    for (const std::string* text : {&empty, &module.author, &empty, &empty}) out.WideString(*text);
+    out.WideString(kCreatorName);
+    out.WideString(module.notes);
+    out.Patch(lengthField, static_cast<uint32_t>(out.Size() - (lengthField + 4)));
+}
+
+}  // namespace
+
+std::vector<uint8_t> BuildVgm(Module& module) {
+    VgmBuffer out;
+    WriteHeader(out, module);
+    const uint32_t samples = WriteCommands(out, module);
+    out.Byte(kEndOfData);
+    out.Patch(kGd3OffsetField, static_cast<uint32_t>(out.Size() - kGd3OffsetField));
+    WriteGd3(out, module);
+    out.Patch(kSampleCountField, samples);
+    out.Patch(kEndOffsetField, static_cast<uint32_t>(out.Size() - kEndOffsetField));
+    return out.Take();
+}
+
+void ExportVgm(Module& module, const std::string& path) {
+    UniqueFile file = OpenFile(path, "wb");
+    if (!file) throw FileIOException("ExportVgm(): Can't open file");
+    const std::vector<uint8_t> bytes = BuildVgm(module);
+    std::fwrite(bytes.data(), 1, bytes.size(), file.get());
+}
+
+}  // namespace sondrel
