@@ -1,0 +1,160 @@
+// Real MOD and VGM files written by other programs, from the shared corpus.
+#include <gtest/gtest.h>
+#include <zlib.h>
+
+#include <cstring>
+#include <fstream>
+#include <map>
+#include <memory>
+#include <regex>
+
+#include "files/file_stream.h"
+#include "files/module_file.h"
+#include "model/exception.h"
+#include "test_support.h"
+
+namespace sondrel {
+namespace {
+
+namespace fs = std::filesystem;
+using Bytes = std::vector<unsigned char>;
+
+std::vector<fs::path> CorpusFiles(const std::string& folder) {
+    std::vector<fs::path> files;
+    for (const auto& entry : fs::directory_iterator(test::CorpusDir() / folder)) {
+        if (entry.is_regular_file()) files.push_back(entry.path());
+    }
+    std::sort(files.begin(), files.end());
+    return files;
+}
+
+struct Imported {
+    int lines = 0;
+    std::map<int, int> sounding;  // tone notes with a volume on channels 0..2, and how often
+};
+
+Imported Summarise(const Module& m) {
+    Imported result;
+    for (int i = 0; i < m.patternListLength; ++i) {
+        const Pattern& pattern = m.patterns[m.patternList[i]];
+        result.lines += pattern.length;
+        for (int l = 0; l < pattern.length; ++l) {
+            for (int c = 0; c < kToneChannels; ++c) {
+                int note = pattern.lines[l].note[c];
+                if (note <= 155 && pattern.lines[l].volume[c] > 0) ++result.sounding[note];
+            }
+        }
+    }
+    return result;
+}
+
+// How long the order list plays, at speed x 2.5 / tempo seconds a row, with
+// pattern breaks and without position jumps (which the import does not follow).
+double ModSeconds(const Bytes& b) {
+    int speed = 6, tempo = 125, row = 0;
+    double seconds = 0;
+    for (int position = 0; position < b[950] && 1084 + (b[952 + position] + 1) * 1024 <= int(b.size()); ++position) {
+        const unsigned char* pattern = &b[1084 + b[952 + position] * 1024];
+        int next = -1;
+        for (; row < 64 && next < 0; ++row) {
+            for (const unsigned char* cell = pattern + row * 16; cell < pattern + row * 16 + 16; cell += 4) {
+                if ((cell[2] & 15) == 0xF) (cell[3] > 32 ? tempo : speed) = std::max<int>(cell[3], 1);
+                if ((cell[2] & 15) == 0xD) next = (cell[3] >> 4) * 10 + (cell[3] & 15);
+            }
+            seconds += speed * 2.5 / tempo;
+        }
+        row = std::max(next, 0);
+    }
+    return seconds;
+}
+
+TEST(CorpusImport, ModFilesLastAsLongAsTheirOrderLists) {
+    if (test::CorpusDir().empty()) GTEST_SKIP() << "the shared corpus is not here";
+    for (const fs::path& path : CorpusFiles("mod")) {
+        SCOPED_TRACE(path.filename().string());
+        Bytes bytes = test::ReadBytes(path);
+        std::string mark(bytes.begin() + 1080, bytes.begin() + 1084);
+        bool loopFromStart = false;  // refused by the header checks
+        bool hasSamples = false;
+        for (int s = 0; s < 31; ++s) {
+            const unsigned char* field = &bytes[20 + s * 30 + 22];
+            loopFromStart |= field[0] + field[1] > 0 && field[4] + field[5] == 0 && (field[6] << 8) + field[7] > 1;
+            hasSamples |= field[0] + field[1] > 0;
+        }
+        auto module = std::make_unique<Module>();
+        ImportOptionsProvider defaults;
+        if (mark != "M.K." && mark != "M!K!" && mark != "4CHN") {
+            EXPECT_THROW(LoadAnyFile(*module, path.string(), defaults), Exception);
+            if (mark != "FLT4") continue;  // another tracker's mark on the same layout
+            UniqueFile file = OpenFile(path.string(), "rb");
+            ASSERT_TRUE(ImportMod(*module, file.get(), path.string(), defaults));
+        } else if (loopFromStart) {
+            EXPECT_THROW(LoadAnyFile(*module, path.string(), defaults), Exception);
+            continue;
+        } else {
+            ASSERT_TRUE(LoadAnyFile(*module, path.string(), defaults));
+        }
+        Imported imported = Summarise(*module);
+        EXPECT_NEAR(imported.lines, ModSeconds(bytes) * 50, 2);
+        EXPECT_EQ(imported.sounding.empty(), !hasSamples);
+        for (auto [note, count] : imported.sounding) {
+            EXPECT_TRUE(note >= 48 && note <= 108) << note;  // Amiga periods 856..113 lie in between
+        }
+    }
+    for (const fs::path& path : CorpusFiles("mod/negative")) {
+        auto module = std::make_unique<Module>();
+        ImportOptionsProvider defaults;
+        EXPECT_THROW(LoadAnyFile(*module, path.string(), defaults), Exception) << path.filename();
+    }
+}
+
+// The seconds that the corpus manifest gives, counted from the waits when the header disagrees.
+double ManifestSeconds(const std::string& name) {
+    std::ifstream manifest(test::CorpusDir() / "MANIFEST.tsv");
+    static const std::regex kSeconds(R"(; (\d+\.\d) s( \(by waits (\d+\.\d) s\))?;)");
+    std::smatch match;
+    for (std::string line; std::getline(manifest, line);) {
+        if (line.rfind("vgm/" + name + "\t", 0) == 0 && std::regex_search(line, match, kSeconds)) {
+            return std::stod(match[3].matched ? match[3].str() : match[1].str());
+        }
+    }
+    return -1;
+}
+
+TEST(CorpusImport, VgmFilesLastAsLongAsTheirWaits) {
+    if (test::CorpusDir().empty()) GTEST_SKIP() << "the shared corpus is not here";
+    for (const fs::path& path : CorpusFiles("vgm")) {
+        SCOPED_TRACE(path.filename().string());
+        unsigned char header[64] = {};
+        gzFile in = gzopen(path.c_str(), "rb");
+        gzread(in, header, sizeof header);
+        gzclose(in);
+        uint32_t endOffset, clock, rate;
+        std::memcpy(&endOffset, header + 4, 4), std::memcpy(&clock, header + 12, 4), std::memcpy(&rate, header + 36, 4);
+        auto module = std::make_unique<Module>();
+        ImportOptionsProvider defaults;
+        if (endOffset < 60) {  // the commands end where the header says the file ends
+            EXPECT_THROW(LoadAnyFile(*module, path.string(), defaults), Exception);
+            continue;
+        }
+        ASSERT_TRUE(LoadAnyFile(*module, path.string(), defaults));
+        Imported imported = Summarise(*module);
+        double frames = ManifestSeconds(path.filename().string()) * module->TicksPerSecond();
+        ASSERT_GT(frames, 0);
+        EXPECT_EQ(module->chipType, rate == 50 ? kChipPal : kChipNtsc);
+        if (clock & 0x40000000) {
+            // A second chip's writes take two operand bytes here, one in the log, so
+            // the commands fall out of step: the import may only end early.
+            EXPECT_LE(imported.lines, frames + 1);
+            continue;
+        }
+        EXPECT_NEAR(imported.lines - 1, frames, 0.05 * module->TicksPerSecond() + 1);
+        ASSERT_GE(imported.sounding.size(), 2u);
+        auto busiest = std::max_element(imported.sounding.begin(), imported.sounding.end(),
+                                        [](auto a, auto b) { return a.second < b.second; });
+        EXPECT_TRUE(busiest->first >= 48 && busiest->first <= 96) << busiest->first;
+    }
+}
+
+}  // namespace
+}  // namespace sondrel
