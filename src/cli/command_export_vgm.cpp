@@ -1,0 +1,40 @@
+// sondrel-cli export-vgm: a song as a VGM 1.50 log.
+
+#include <cstdio>
+#include <string>
+#include <vector>
+
+#include "cli/cli_common.h"
+#include "files/vgm_export.h"
+#include "model/exception.h"
+#include "sound/song_time.h"
+
+namespace sondrel::cli {
+namespace {
+
+int ExportVgmCommand(const std::vector<std::string>& argv) {
+    Arguments args(argv, WithImportOptions({}), {});
+    if (args.Positional().size() != 2) throw UsageError("export-vgm takes a file and an output VGM file");
+    FlagImportOptions imports(args);
+    auto module = LoadOrFail(args.Positional()[0], imports);
+    try {
+        ExportVgm(*module, args.Positional()[1]);
+    } catch (const Exception& e) {
+        throw Failure{"Couldn't write the VGM file.", e.what()};
+    }
+    const SongTime time = CalculateSongTime(*module, 0, 0);
+    std::printf("Wrote %s: %s, %llu frames\n", args.Positional()[1].c_str(), FormatSongTime(time.totalSeconds).c_str(),
+                static_cast<unsigned long long>(time.totalTicks));
+    return kExitOk;
+}
+
+const CommandRegistration kExportVgm(
+    {"export-vgm", "play a song once into a VGM 1.50 log for the SN76489",
+     "usage: sondrel-cli export-vgm FILE OUT.vgm\n"
+     "Plays FILE from its start until the pattern list runs out and writes the\n"
+     "chip's register writes frame by frame, with a GD3 tag holding the title,\n"
+     "author and notes. The log has no loop point.\n",
+     ExportVgmCommand, 40});
+
+}  // namespace
+}  // namespace sondrel::cli
