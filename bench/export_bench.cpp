@@ -1,0 +1,60 @@
+// Export speed for the demo song, reported as song time exported per second
+// of CPU in the counter "realtime_x".
+
+#include <benchmark/benchmark.h>
+
+#include <filesystem>
+#include <memory>
+#include <string>
+
+#include "files/midi_export.h"
+#include "files/module_file.h"
+#include "files/vgm_export.h"
+#include "sound/song_time.h"
+
+namespace sondrel {
+namespace {
+
+// The demo song is copied beside the executables; from the source tree it is in data/.
+std::unique_ptr<Module> LoadDemo() {
+    std::error_code ec;
+    const auto exeDir = std::filesystem::read_symlink("/proc/self/exe", ec).parent_path();
+    for (const auto& path : {exeDir / "demo.sdrltk", std::filesystem::path("data/demo.sdrltk")}) {
+        if (!std::filesystem::exists(path, ec)) continue;
+        auto module = std::make_unique<Module>();
+        module->NewModule({});
+        ImportOptionsProvider defaults;
+        if (LoadAnyFile(*module, path.string(), defaults)) return module;
+    }
+    return nullptr;
+}
+
+template <typename Export>
+void RunExport(benchmark::State& state, Export exportSong) {
+    auto module = LoadDemo();
+    if (!module) {
+        state.SkipWithError("demo.sdrltk not found beside the executable or in data/");
+        return;
+    }
+    const double songSeconds = CalculateSongTime(*module, 0, 0).totalSeconds;
+    for (auto _ : state) {
+        auto bytes = exportSong(*module);
+        benchmark::DoNotOptimize(bytes.data());
+    }
+    state.counters["realtime_x"] =
+        benchmark::Counter(songSeconds * static_cast<double>(state.iterations()), benchmark::Counter::kIsRate);
+}
+
+void BM_ExportVgmDemo(benchmark::State& state) {
+    RunExport(state, [](Module& module) { return BuildVgm(module); });
+}
+BENCHMARK(BM_ExportVgmDemo);
+
+void BM_ExportMidiDemo(benchmark::State& state) {
+    const MidiExportOptions options;
+    RunExport(state, [&](Module& module) { return BuildMidi(options, module); });
+}
+BENCHMARK(BM_ExportMidiDemo);
+
+}  // namespace
+}  // namespace sondrel
