@@ -1,0 +1,368 @@
+#include <gtest/gtest.h>
+
+#include <chrono>
+#include <cmath>
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "files/basic_import.h"
+#include "files/basic_listing.h"
+#include "files/file_stream.h"
+#include "files/importers.h"
+#include "model/exception.h"
+#include "model/notes.h"
+#include "test_support.h"
+
+namespace sondrel {
+namespace {
+
+using Bytes = std::vector<unsigned char>;
+
+class Options : public ImportOptionsProvider {
+public:
+    std::optional<BasicImportOptions> ChooseBasicOptions(const BasicImportOptions& proposal) override {
+        asked = true;
+        if (decline) return std::nullopt;
+        BasicImportOptions chosen = proposal;
+        if (instruments) chosen.instruments = *instruments;
+        if (chip) chosen.chip = *chip;
+        return chosen;
+    }
+    bool asked = false;
+    bool decline = false;
+    std::optional<std::array<uint8_t, 6>> instruments;
+    std::optional<ChipSettings> chip;
+};
+
+bool ImportBytes(Module& module, const Bytes& bytes, Options& options) {
+    test::ScratchDir dir;
+    auto path = dir / "TUNE.BAS";
+    test::WriteBytes(path, bytes);
+    UniqueFile file = OpenFile(path.string(), "rb");
+    return ImportBasic(module, file.get(), path.string(), options);
+}
+
+std::unique_ptr<Module> Import(const Bytes& bytes, Options& options) {
+    auto module = std::make_unique<Module>();
+    module->NewModule({});
+    EXPECT_TRUE(ImportBytes(*module, bytes, options));
+    return module;
+}
+
+std::unique_ptr<Module> Import(const std::string& listing) {
+    Options options;
+    return Import(Bytes(listing.begin(), listing.end()), options);
+}
+
+struct Cell {
+    long tick;
+    uint8_t note;
+    uint8_t instrument;
+    uint8_t volume;
+    bool operator==(const Cell&) const = default;
+};
+
+std::ostream& operator<<(std::ostream& out, const Cell& c) {
+    return out << "{" << c.tick << ", " << NoteName(c.note) << ", i" << int(c.instrument) << ", v" << int(c.volume) << "}";
+}
+
+// The filled cells of one channel through the whole song, one line per tick.
+std::vector<Cell> Cells(const Module& m, int channel) {
+    std::vector<Cell> cells;
+    long tick = 0;
+    for (int i = 0; i < m.patternListLength; ++i) {
+        const Pattern& p = m.patterns[m.patternList[i]];
+        for (int l = 0; l < p.length; ++l, ++tick) {
+            const PatternLine& line = p.lines[l];
+            if (line.note[channel] != kNoteEmpty)
+                cells.push_back({tick, line.note[channel], line.instrument[channel], line.volume[channel]});
+        }
+    }
+    return cells;
+}
+
+// Start ticks and notes of the sounding cells only.
+std::vector<std::pair<long, int>> Notes(const Module& m, int channel = 0) {
+    std::vector<std::pair<long, int>> notes;
+    for (const Cell& c : Cells(m, channel))
+        if (c.note != kNoteNull) notes.push_back({c.tick, c.note});
+    return notes;
+}
+
+long SongTicks(const Module& m) {
+    long ticks = 0;
+    for (int i = 0; i < m.patternListLength; ++i) ticks += m.patterns[m.patternList[i]].length;
+    return ticks;
+}
+
+constexpr uint8_t kPause = 5;  // the default instrument slots are 0..5 in the dialog's order
+Cell Silent(long tick) { return {tick, kNoteNull, kPause, 0}; }
+
+TEST(BasicImport, TempoLengthAndDotsSetTheTicksWithoutDrift) {
+    // A quarter at T120 is half a second: 30 ticks, sounding 7/8 of them.
+    EXPECT_EQ(Cells(*Import("PLAY \"T120 L4 C D\""), 0),
+              (std::vector<Cell>{{0, 72, 0, 15}, Silent(26), {30, 74, 0, 15}, Silent(56)}));
+    // A dotted eighth at T60 lasts 3/4 s; two dots make 9/8 of a quarter note.
+    EXPECT_EQ(Notes(*Import("PLAY \"T60 C8. D16 E4.. F\"")),
+              (std::vector<std::pair<long, int>>{{0, 72}, {45, 74}, {60, 76}, {195, 77}}));
+    // L sets the length of what follows; a length after a note is for that note alone.
+    EXPECT_EQ(Notes(*Import("PLAY \"L8 C D2 E\"")),
+              (std::vector<std::pair<long, int>>{{0, 72}, {15, 74}, {75, 76}}));
+
+    // Sixteenths at T120 are 7.5 ticks: each start is rounded on its own, so the bar
+    // still ends on tick 120, and a hundred quarters at T130 end where they should.
+    auto sixteenths = Notes(*Import("PLAY \"T120 L16 CCCCCCCCCCCCCCCC C\""));
+    ASSERT_EQ(sixteenths.size(), 17u);
+    for (long k = 0; k < 17; ++k) EXPECT_EQ(sixteenths[k].first, (k * 15 + 1) / 2) << k;
+    EXPECT_EQ(sixteenths[16].first, 120);
+    std::string hundred = "PLAY \"T130 L4\": FOR I = 1 TO 100: PLAY \"C\": NEXT";
+    auto quarters = Notes(*Import(hundred));
+    ASSERT_EQ(quarters.size(), 100u);
+    EXPECT_EQ(quarters[99].first, std::lround(99 * 3600.0 / 130.0));
+
+    // Rests: P with its own length and dots, and N0.
+    EXPECT_EQ(Notes(*Import("PLAY \"T120 C P4. D N0 E\"")),
+              (std::vector<std::pair<long, int>>{{0, 72}, {75, 74}, {135, 76}}));
+}
+
+TEST(BasicImport, ArticulationDecidesWhereTheSilentCellGoes) {
+    Options options;
+    options.instruments = std::array<uint8_t, 6>{7, 8, 9, 10, 11, 12};
+    const std::string listing = "PLAY \"T120 MS C MN D ML E F P4 MB G\"";
+    auto m = Import(Bytes(listing.begin(), listing.end()), options);
+    EXPECT_EQ(Cells(*m, 0), (std::vector<Cell>{{0, 72, 8, 15},
+                                               {23, kNoteNull, 12, 0},  // staccato sounds 3/4 (22.5 rounds up)
+                                               {30, 74, 7, 15},
+                                               {56, kNoteNull, 12, 0},  // normal 7/8
+                                               {60, 76, 9, 15},         // legato runs into the next note
+                                               {90, 77, 9, 15},
+                                               {120, kNoteNull, 12, 0},  // and into the pause
+                                               {150, 79, 9, 15},
+                                               {180, kNoteNull, 12, 0}}));
+    EXPECT_EQ(m->instruments[7].name, "PLAY normal");
+    EXPECT_EQ(m->instruments[8].name, "PLAY staccato");
+    EXPECT_EQ(m->instruments[12].name, "Pause");
+    EXPECT_EQ(m->instruments[0].name, "");
+    // One line per tick.
+    EXPECT_EQ(m->patterns[0].lines[0].command, kCommandSP);
+    EXPECT_EQ(m->patterns[0].lines[0].commandParam, 8);
+}
+
+TEST(BasicImport, PitchesOfNotesOctavesAndNumberedNotes) {
+    // Octave 3 begins with middle C; N37 is the same note; sharps and flats meet.
+    EXPECT_EQ(Notes(*Import("PLAY \"O3 C N37 C# D- > C < < B O6 B\"")),
+              (std::vector<std::pair<long, int>>{{0, 60}, {30, 60}, {60, 61}, {90, 61}, {120, 72}, {150, 59},
+                                                 {180, 107}}));
+    // Octaves stop at 0 and 6; notes below the chip's lowest tone move up by octaves.
+    auto low = Notes(*Import("PLAY \"O0 C <<< C O1 A >>>>>>>> B\""));
+    EXPECT_EQ(low, (std::vector<std::pair<long, int>>{{0, 48}, {30, 48}, {60, 45}, {90, 107}}));
+    // With the divider at 2x the chip reaches an octave lower, so the low A stays put.
+    Options halved;
+    halved.chip = ChipSettings{kDivider2x, kChipNtsc};
+    std::string text = "PLAY \"O1 A O3 C\"";
+    auto m = Import(Bytes(text.begin(), text.end()), halved);
+    EXPECT_EQ(Notes(*m), (std::vector<std::pair<long, int>>{{0, 57}, {30, 72}}));
+
+    // BASIC refuses E#, B#, C- and F-: the notes before the fault play, the rest does not.
+    EXPECT_EQ(Notes(*Import("PLAY \"C D E# F\": PLAY \"G\"")),
+              (std::vector<std::pair<long, int>>{{0, 72}, {30, 74}, {60, 79}}));
+    EXPECT_EQ(Notes(*Import("PLAY \"C A.4 D\"")).size(), 2u);  // the dotted A plays, then "4" is refused
+    EXPECT_EQ(Notes(*Import("PLAY \"C L128 D\"")).size(), 1u);
+}
+
+TEST(BasicImport, SubstringsAndVariableArguments) {
+    // X plays a string variable; =name; takes a number from a variable.
+    EXPECT_EQ(Notes(*Import("10 A$ = \"CD\" + \"E\"\n20 PLAY \"XA$;G\"")),
+              (std::vector<std::pair<long, int>>{{0, 72}, {30, 74}, {60, 76}, {90, 79}}));
+    EXPECT_EQ(Notes(*Import("10 FOR I = 2 TO 4\n20 PLAY \"O=I; C\"\n30 NEXT I\n40 N = 61: PLAY \"N=N;\"")),
+              (std::vector<std::pair<long, int>>{{0, 48}, {30, 60}, {60, 72}, {90, 84}}));
+    // Operators bind as in BASIC: ^, then * and /, \, MOD, + and -.
+    EXPECT_EQ(Notes(*Import("N = 30 + 3 * 4 ^ 2 \\ 5 MOD 7 - -1: PLAY \"N=N;\"")),
+              (std::vector<std::pair<long, int>>{{0, 23 + 33}}));
+    // A substring that plays itself stops at the nesting limit instead of running on.
+    EXPECT_TRUE(Notes(*Import("10 A$ = \"CXA$;\"\n20 PLAY A$")).size() <= 20u);
+    // Unknown variables and numbers in X stop the string.
+    EXPECT_EQ(Notes(*Import("PLAY \"C XA; D\"")).size(), 1u);
+    EXPECT_EQ(Notes(*Import("INPUT N: PLAY \"C N=N; D\"")).size(), 1u);
+    // MID$ as a statement changes the string before it plays.
+    EXPECT_EQ(Notes(*Import("10 A$ = \"CDE\": MID$(A$, 2, 1) = \"G\": PLAY A$")),
+              (std::vector<std::pair<long, int>>{{0, 72}, {30, 79}, {60, 76}}));
+}
+
+TEST(BasicImport, LoopsSubroutinesAndEndlessPrograms) {
+    const std::vector<std::pair<long, int>> threeCs{{0, 72}, {30, 72}, {60, 72}};
+    EXPECT_EQ(Notes(*Import("FOR I = 1 TO 3: PLAY \"C\": NEXT I")), threeCs);
+    EXPECT_EQ(Notes(*Import("FOR I = 10 TO 1 STEP -4: PLAY \"C\": NEXT")), threeCs);
+    EXPECT_EQ(Notes(*Import("FOR I = 1 TO 0: PLAY \"D\": NEXT: PLAY \"C\"")).size(), 1u);
+    EXPECT_EQ(Notes(*Import("10 GOSUB 100: GOSUB 100: GOSUB 100: END\n100 PLAY \"C\": RETURN")), threeCs);
+    EXPECT_EQ(Notes(*Import("10 ON 2 GOSUB 100, 200: END\n100 PLAY \"D\": RETURN\n200 PLAY \"C\": RETURN")).size(), 1u);
+    // A counted loop made of IF and GOTO runs its course.
+    EXPECT_EQ(Notes(*Import("10 I = I + 1: PLAY \"C\": IF I < 3 THEN 10")), threeCs);
+    // A program that replays its song for ever plays it once, by GOTO or by a
+    // condition that never changes; a delay loop costs no time.
+    EXPECT_EQ(Notes(*Import("10 PLAY \"C\"\n20 FOR D = 1 TO 30000: NEXT\n30 GOTO 10")).size(), 1u);
+    EXPECT_EQ(Notes(*Import("10 X = 1\n20 PLAY \"C\"\n30 IF X = 1 THEN 20")).size(), 1u);
+    // A jump over lines not yet run is no loop.
+    EXPECT_EQ(Notes(*Import("10 GOTO 30\n20 PLAY \"D\": END\n30 PLAY \"C\": GOTO 20")).size(), 2u);
+
+    // Hostile programs end in bounded time, keeping what they played.
+    auto started = std::chrono::steady_clock::now();
+    auto busy = Import("10 PLAY \"C\": FOR I = 1 TO 1E9: A = A + 1: NEXT: PLAY \"D\"");
+    EXPECT_GE(Notes(*busy).size(), 1u);
+    EXPECT_NE(busy->notes.find("cut short"), std::string::npos);
+    // Whole notes at T32 last 7.5 s: the module fills up (256 patterns of 256 lines) first.
+    auto endless = Import("10 I = I + 1: PLAY \"T32 L1 C\": IF I > 0 THEN 10");
+    EXPECT_GT(SongTicks(*endless), 65536 - 450);
+    EXPECT_LE(SongTicks(*endless), 65536);
+    Import("10 GOSUB 10");
+    Import("10 A$ = A$ + \"CCCCCCCCCCCCCCCC\": IF LEN(A$) < 100000 THEN 10\n20 PLAY A$");
+    EXPECT_LT(std::chrono::steady_clock::now() - started, std::chrono::seconds(20));
+}
+
+TEST(BasicImport, IfRunsKnownBranchesAndPlaysUnknownOnes) {
+    EXPECT_EQ(Notes(*Import("10 C = 2\n20 IF C = 1 THEN PLAY \"D\" ELSE PLAY \"C\"")),
+              (std::vector<std::pair<long, int>>{{0, 72}}));
+    // A condition on input cannot be known: its music plays, its jumps are not taken.
+    EXPECT_EQ(Notes(*Import("10 INPUT E\n20 IF E = 1 THEN PLAY \"C\" ELSE GOTO 10\n30 IF INKEY$ = \"\" THEN 30\n"
+                            "40 PLAY \"D\"")),
+              (std::vector<std::pair<long, int>>{{0, 72}, {30, 74}}));
+    // Keywords run together with names, as GW-BASIC lets them be typed.
+    EXPECT_EQ(Notes(*Import("10 FORI=1TO2:PLAYA$+\"C\":NEXTI")).size(), 2u);
+}
+
+TEST(BasicImport, ThreeVoicesSoundAndNoise) {
+    auto m = Import("10 PLAY \"V8 C\", \"E4 E\", \"G2\"\n20 PLAY \"D\", \"F\", \"A\"");
+    EXPECT_EQ(Cells(*m, 0).front(), (Cell{0, 72, 0, 8}));
+    EXPECT_EQ(Notes(*m, 1), (std::vector<std::pair<long, int>>{{0, 76}, {30, 76}, {60, 77}}));
+    // In the foreground each PLAY waits for all voices: the second starts after the half note.
+    EXPECT_EQ(Notes(*m, 0), (std::vector<std::pair<long, int>>{{0, 72}, {60, 74}}));
+    EXPECT_EQ(Notes(*m, 2), (std::vector<std::pair<long, int>>{{0, 79}, {60, 81}}));
+    // In the background the voices queue on their own.
+    auto queued = Import("10 PLAY \"MB C\", \"E2\"\n20 PLAY \"D\", \"F\"");
+    EXPECT_EQ(Notes(*queued, 0), (std::vector<std::pair<long, int>>{{0, 72}, {30, 74}}));
+
+    // SOUND: duration in 18.2 Hz clock ticks, 32767 is silence; the Tandy form has volume and voice.
+    auto sound = Import("SOUND 440, 18.2: SOUND 32767, 9.1: SOUND 880, 9.1, 7, 2: BEEP: NOISE 5, 12, 18.2");
+    EXPECT_EQ(Cells(*sound, 0), (std::vector<Cell>{{0, 69, 3, 15}, Silent(60), {120, 79, 4, 15}, Silent(135)}));
+    EXPECT_EQ(Cells(*sound, 2), (std::vector<Cell>{{90, 81, 3, 7}, Silent(120)}));
+    EXPECT_EQ(Cells(*sound, 3), (std::vector<Cell>{{135, 252, 3, 12}, Silent(195)}));
+    EXPECT_EQ(sound->instruments[3].name, "SOUND");
+    EXPECT_EQ(sound->instruments[4].name, "BEEP");
+    // Arguments BASIC refuses skip the statement only.
+    EXPECT_EQ(Notes(*Import("SOUND 20, 5: SOUND 440, 70000: SOUND 440, 1, 1, 3: SOUND 440, 5")).size(), 1u);
+    // The same slot for two kinds carries both names.
+    Options shared;
+    shared.instruments = std::array<uint8_t, 6>{0, 0, 0, 1, 1, 2};
+    std::string text = "BEEP";
+    EXPECT_EQ(Import(Bytes(text.begin(), text.end()), shared)->instruments[1].name, "SOUND/BEEP");
+}
+
+TEST(BasicImport, PalModulesCountFiftyTicksASecond) {
+    Options options;
+    options.chip = ChipSettings{kDivider1x, kChipPal};
+    std::string text = "PLAY \"T120 C D\"";
+    EXPECT_EQ(Notes(*Import(Bytes(text.begin(), text.end()), options)),
+              (std::vector<std::pair<long, int>>{{0, 72}, {25, 74}}));
+}
+
+// Tokenized GW-BASIC lines: link, line number, tokens, zero.
+void AddLine(Bytes& file, int number, const Bytes& tokens) {
+    file.insert(file.end(), {0x34, 0x12, static_cast<unsigned char>(number & 255), static_cast<unsigned char>(number >> 8)});
+    file.insert(file.end(), tokens.begin(), tokens.end());
+    file.push_back(0);
+}
+Bytes Text(const std::string& text) { return Bytes(text.begin(), text.end()); }
+Bytes Join(std::initializer_list<Bytes> parts) {
+    Bytes all;
+    for (const Bytes& part : parts) all.insert(all.end(), part.begin(), part.end());
+    return all;
+}
+
+TEST(BasicImport, ReadsTokenizedPrograms) {
+    Bytes file{0xFF};
+    AddLine(file, 10, Join({Text("A$"), {0xE7}, Text("\"CDE\""), {':', 0x8F, 0xD9}, Text("comment")}));  // A$="CDE"'
+    AddLine(file, 20, Join({{0x82}, Text(" I"), {0xE7, 0x12, 0xCC, 0x0F, 200}, {0xCF, 0x1C, 0x63, 0x00}}));  // FOR I=1 TO 200 STEP 99
+    AddLine(file, 30, Join({{0xFE, 0x93}, Text(" A$"), {0x3A, 0x83}, Text(" I")}));  // PLAY A$:NEXT I
+    AddLine(file, 40, Join({{0xC4}, {0x1D, 0x00, 0x00, 0x5C, 0x88}, Text(","), {0x1B}}));  // SOUND 220!,10
+    AddLine(file, 50, Join({{0x89, 0x0E, 0x0A, 0x00}}));  // GOTO 10
+    file.insert(file.end(), {0, 0, 0x1A, 0x1A, 0x55});     // end mark, then leftovers of the last record
+    Options options;
+    auto m = Import(file, options);
+    auto notes = Notes(*m);
+    ASSERT_EQ(notes.size(), 10u);
+    EXPECT_EQ(notes[3], (std::pair<long, int>{90, 72}));
+    EXPECT_EQ(notes[9], (std::pair<long, int>{270, 57}));  // 220 Hz for 10 clock ticks
+    EXPECT_EQ(SongTicks(*m), 270 + std::lround(10 / 18.2 * 60) + 1);
+}
+
+TEST(BasicImport, RefusesWhatIsNoListing) {
+    Options options;
+    auto refused = [&options](const Bytes& bytes) {
+        Module module;
+        module.NewModule({});
+        module.title = "kept";
+        EXPECT_THROW(ImportBytes(module, bytes, options), ParseException);
+        EXPECT_EQ(module.title, "kept");
+    };
+    refused({0xFE, 0x12, 0x34, 0x56, 0x78});                                 // protected
+    refused({});                                                             // empty
+    refused({'1', '0', ' ', 'P', 'L', 'A', 'Y', 0x00, 0x01, 0xF3, 0x80});   // binary junk
+    refused({0xFF, 0x34, 0x12, 0x0A, 0x00, 0xC5});                           // tokenized, cut short
+    refused({0xFF, 0x34, 0x12, 0x14, 0x00, 0xC5, 0, 0x34, 0x12, 0x0A, 0x00, 0xC5, 0, 0, 0});  // 20 before 10
+    EXPECT_FALSE(options.asked);
+
+    // Declining the options leaves the module as it was.
+    options.decline = true;
+    Module module;
+    module.NewModule({});
+    module.title = "kept";
+    EXPECT_FALSE(ImportBytes(module, Text("PLAY \"C\""), options));
+    EXPECT_TRUE(options.asked);
+    EXPECT_EQ(module.title, "kept");
+}
+
+TEST(BasicImport, AsciiListingsSortNumberedLinesAndKeepUnnumberedOnes) {
+    auto lines = ReadBasicProgram(Text("20 PLAY B$\r\n10 B$=\"C\"\r\n\r\n20 PLAY \"D\"\r\n\x1A" "30 junk"));
+    ASSERT_EQ(lines.size(), 2u);
+    EXPECT_EQ(lines[0].number, 10);
+    EXPECT_EQ(lines[1].text, "PLAY \"D\"");
+    auto mixed = ReadBasicProgram(Text("CLS\n20 PLAY \"C\"\n10 PLAY \"D\"\n"));
+    ASSERT_EQ(mixed.size(), 3u);
+    EXPECT_EQ(mixed[0].number, -1);
+    EXPECT_EQ(mixed[2].number, 10);  // file order, as a structured listing runs
+}
+
+// "Frere Jacques" in C: the module holds the tune's notes at the right times.
+TEST(BasicImport, FamiliarTuneBecomesItsNotes) {
+    const std::string listing =
+        "10 REM Frere Jacques\n"
+        "20 A$ = \"CDEC\": B$ = \"EFG2\": C$ = \"G8A8G8F8EC\": D$ = \"C<G>C2\"\n"
+        "30 PLAY \"T120 O3 L4\"\n"
+        "40 FOR I = 1 TO 2: PLAY A$: NEXT\n"
+        "50 FOR I = 1 TO 2: PLAY B$: NEXT\n"
+        "60 FOR I = 1 TO 2: GOSUB 100: NEXT\n"
+        "70 FOR I = 1 TO 2: PLAY D$: NEXT: END\n"
+        "100 PLAY C$: RETURN\n";
+    // Note numbers and lengths in eighths.
+    const int tune[][2] = {{60, 2}, {62, 2}, {64, 2}, {60, 2}, {60, 2}, {62, 2}, {64, 2}, {60, 2},
+                           {64, 2}, {65, 2}, {67, 4}, {64, 2}, {65, 2}, {67, 4},
+                           {67, 1}, {69, 1}, {67, 1}, {65, 1}, {64, 2}, {60, 2},
+                           {67, 1}, {69, 1}, {67, 1}, {65, 1}, {64, 2}, {60, 2},
+                           {60, 2}, {55, 2}, {60, 4}, {60, 2}, {55, 2}, {60, 4}};
+    std::vector<std::pair<long, int>> expected;
+    long eighths = 0;
+    for (const auto& [note, length] : tune) {
+        expected.push_back({eighths * 15, note});
+        eighths += length;
+    }
+    auto m = Import(listing);
+    EXPECT_EQ(Notes(*m), expected);
+    EXPECT_EQ(m->title, "TUNE");
+    // The last half note starts on tick 900 and sounds 7/8 of 60 ticks: its silent cell is on 953.
+    EXPECT_EQ(SongTicks(*m), 953 + 1);
+}
+
+}  // namespace
+}  // namespace sondrel
