@@ -246,6 +246,10 @@ private:
         if (keyword == "RETURN") return Return();
         if (keyword == "IF") return If();
         if (keyword == "ON") return On();
+        if (keyword == "ELSEIF" && tryElseIf_) {
+            tryElseIf_ = false;
+            return If();
+        }
         if (keyword == "ELSE" || keyword == "ELSEIF") {
             // The branch that ran is over: a one-line IF ends with its line, a block IF at END IF.
             if (lineStart) SkipBlock(false);
@@ -253,8 +257,7 @@ private:
             return;
         }
         if (keyword == "END") {
-            const BasicToken& next = Peek();
-            if (next.kind != BasicTokenKind::End && !next.IsSymbol(":")) return SkipStatement();  // END IF, END SUB
+            if (!AtStatementEnd()) return SkipStatement();  // END IF, END SUB
             return Finish();
         }
         if (keyword == "STOP" || keyword == "SYSTEM" || keyword == "RUN" || keyword == "CHAIN" || keyword == "NEW")
@@ -264,6 +267,7 @@ private:
         if (keyword == "CLEAR") {
             variables_.clear();
             unknown_.clear();
+            variablesHash_ = 0;
         }
         SkipStatement();
     }
@@ -349,7 +353,23 @@ private:
         return IsStringName(name) ? Value{true, 0.0, {}} : Value{};
     }
 
+    static size_t Contribution(const std::string& name, const Maybe& value) {
+        size_t h = std::hash<std::string>{}(name);
+        if (!value) return h * 31 + 7;
+        size_t v = value->text ? std::hash<std::string>{}(value->string) : std::hash<double>{}(value->number);
+        return h ^ (v + 0x9e3779b97f4a7c15ULL + (h << 6) + (h >> 2));
+    }
+
+    // Variables that were never set count as absent, not as their default value.
+    Maybe Stored(const std::string& name) const {
+        auto it = variables_.find(name);
+        return it != variables_.end() ? Maybe(it->second) : std::nullopt;
+    }
+
     void SetVariable(const std::string& name, Maybe value) {
+        // The hash of all variables is kept up to date entry by entry.
+        if (unknown_.count(name) || variables_.count(name)) variablesHash_ ^= Contribution(name, Stored(name));
+        variablesHash_ ^= Contribution(name, value);
         if (value) {
             unknown_.erase(name);
             variables_[name] = std::move(*value);
@@ -360,16 +380,7 @@ private:
     }
 
     size_t StateSignature() const {
-        size_t hash = 0;
-        auto mix = [&hash](size_t value) { hash ^= value + 0x9e3779b97f4a7c15ULL + (hash << 6) + (hash >> 2); };
-        for (const auto& [name, value] : variables_) {
-            mix(std::hash<std::string>{}(name));
-            mix(value.text ? std::hash<std::string>{}(value.string) : std::hash<double>{}(value.number));
-        }
-        for (const std::string& name : unknown_) mix(std::hash<std::string>{}(name) * 31);
-        mix(forStack_.size());
-        mix(gosubStack_.size());
-        return hash;
+        return variablesHash_ ^ (forStack_.size() * 0x100000001b3ULL) ^ (gosubStack_.size() * 0xcbf29ce484222325ULL);
     }
 
     // ---- sounds ----
@@ -744,9 +755,8 @@ private:
                 MoveTo({line, 1});
                 return;
             } else if (depth == 0 && toElse && t[0].IsKeyword("ELSEIF")) {
-                MoveTo({line, 1});
-                visited_[line] = true;
-                If();
+                MoveTo({line, 0});
+                tryElseIf_ = true;  // its condition is tried next
                 return;
             }
         }
@@ -801,7 +811,28 @@ private:
         return std::lround(value.number);
     }
 
-    Maybe Expression() { return Binary(0); }
+    // Bounds the recursion of deeply nested expressions ("((((..." or "- - - ...").
+    class Nested {
+    public:
+        explicit Nested(int& depth) : depth_(depth) {
+            if (++depth_ > kMaxNesting) {
+                --depth_;
+                throw StatementError{};
+            }
+        }
+        ~Nested() { --depth_; }
+        Nested(const Nested&) = delete;
+        Nested& operator=(const Nested&) = delete;
+
+    private:
+        static constexpr int kMaxNesting = 200;
+        int& depth_;
+    };
+
+    Maybe Expression() {
+        Nested nested(nesting_);
+        return Binary(0);
+    }
 
     // Operator levels from the loosest: IMP, EQV, XOR, OR, AND, then NOT and the rest below.
     Maybe Binary(int level) {
@@ -823,6 +854,7 @@ private:
 
     Maybe Not() {
         if (!AcceptKeyword("NOT")) return Relational();
+        Nested nested(nesting_);
         Maybe operand = Not();
         if (!operand) return std::nullopt;
         return Value{false, static_cast<double>(~Integer(*operand)), {}};
@@ -906,8 +938,10 @@ private:
     }
 
     Maybe Negation() {
-        if (AcceptSymbol("+")) return Negation();
+        while (AcceptSymbol("+")) {
+        }
         if (!AcceptSymbol("-")) return Power();
+        Nested nested(nesting_);
         Maybe operand = Negation();
         if (operand && operand->text) throw StatementError{};
         if (operand) operand->number = -operand->number;
@@ -951,7 +985,7 @@ private:
                     Arguments();  // an array element
                     return std::nullopt;
                 }
-                return Variable(token.text);
+                return Charged(Variable(token.text));
             case BasicTokenKind::Symbol:
                 if (token.text == "(") {
                     Maybe value = Expression();
@@ -965,6 +999,14 @@ private:
                 break;
         }
         throw StatementError{};
+    }
+
+    // Long strings cost steps in proportion to their length when they are used.
+    Maybe Charged(Maybe value) {
+        if (value && value->text) {
+            for (size_t n = value->string.size() / 512; n > 0; --n) Step();
+        }
+        return value;
     }
 
     static std::string FormatNumber(double value) {
@@ -1072,6 +1114,9 @@ private:
     std::vector<GosubFrame> gosubStack_;
     std::set<std::pair<size_t, size_t>> loopStates_;
     std::set<int> skipped_;
+    size_t variablesHash_ = 0;
+    bool tryElseIf_ = false;  // a skipped block IF arrived at an ELSEIF
+    int nesting_ = 0;         // of expressions being evaluated
 
     std::array<MusicVoiceState, kToneVoices> voiceStates_{};
     std::array<double, 4> clocks_{};  // where each channel's queue ends

@@ -217,6 +217,8 @@ TEST(BasicImport, LoopsSubroutinesAndEndlessPrograms) {
     EXPECT_GT(SongTicks(*endless), 65536 - 450);
     EXPECT_LE(SongTicks(*endless), 65536);
     Import("10 GOSUB 10");
+    EXPECT_EQ(Notes(*Import("A = " + std::string(100000, '(') + "1" + std::string(100000, ')') + ": PLAY \"C\"")).size(),
+              1u);
     Import("10 A$ = A$ + \"CCCCCCCCCCCCCCCC\": IF LEN(A$) < 100000 THEN 10\n20 PLAY A$");
     EXPECT_LT(std::chrono::steady_clock::now() - started, std::chrono::seconds(20));
 }
@@ -228,6 +230,13 @@ TEST(BasicImport, IfRunsKnownBranchesAndPlaysUnknownOnes) {
     EXPECT_EQ(Notes(*Import("10 INPUT E\n20 IF E = 1 THEN PLAY \"C\" ELSE GOTO 10\n30 IF INKEY$ = \"\" THEN 30\n"
                             "40 PLAY \"D\"")),
               (std::vector<std::pair<long, int>>{{0, 72}, {30, 74}}));
+    // Block IF of structured listings: the branch the value chooses, and on after END IF.
+    for (const auto& [x, note] : std::vector<std::pair<int, int>>{{1, 72}, {2, 74}, {3, 76}}) {
+        std::string listing = "X = " + std::to_string(x) +
+                              "\nIF X = 1 THEN\n PLAY \"C\"\nELSEIF X = 2 THEN\n IF X THEN\n PLAY \"D\"\n END IF\n"
+                              "ELSE\n PLAY \"E\"\nEND IF\nPLAY \"F\"";
+        EXPECT_EQ(Notes(*Import(listing)), (std::vector<std::pair<long, int>>{{0, note}, {30, 77}})) << x;
+    }
     // Keywords run together with names, as GW-BASIC lets them be typed.
     EXPECT_EQ(Notes(*Import("10 FORI=1TO2:PLAYA$+\"C\":NEXTI")).size(), 2u);
 }
