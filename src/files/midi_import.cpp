@@ -7,6 +7,7 @@
 #include <utility>
 #include <vector>
 
+#include "files/general_midi.h"
 #include "files/importers.h"
 #include "files/midi_file_reader.h"
 #include "model/exception.h"
@@ -348,16 +349,6 @@ uint8_t DrumNoise(int key) {
     }
 }
 
-// The General MIDI program families, eight programs each.
-const char* const kProgramFamilies[16] = {
-    "Piano", "Chromatic Percussion", "Organ",     "Guitar",    "Bass",          "Strings", "Ensemble",   "Brass",
-    "Reed",  "Pipe",                 "Synth Lead", "Synth Pad", "Synth Effects", "Ethnic",  "Percussive", "Sound Effects"};
-
-std::string InstrumentName(int midiChannel, int program) {
-    if (midiChannel == kDrumChannel) return "Drum kit";
-    return kProgramFamilies[(program & 127) / 8];
-}
-
 // Printable characters only, without surrounding blanks. The module file's
 // strings end at the digit zero, so it is stored as the letter O.
 std::string Printable(const std::string& text) {
@@ -441,13 +432,17 @@ void CheckOptions(MidiImportOptions& options) {
     options.linesPerBeat = std::clamp(options.linesPerBeat, 0, 960);
 }
 
+// An instrument is named after the program that the first MIDI channel to
+// play it has when its first note starts.
 void NameInstruments(Module& module, const MidiSurvey& survey, const MidiImportOptions& options) {
     std::array<bool, kInstruments> named{};
     for (int ch = 0; ch < kMidiChannels; ++ch) {
         const MidiChannelChoice& choice = options.channels[ch];
         if (!choice.enable || !survey.hasNotes[ch] || named[choice.instrument]) continue;
         named[choice.instrument] = true;
-        module.instruments[choice.instrument].name = InstrumentName(ch, survey.programAtFirstNote[ch]);
+        const int program = survey.programAtFirstNote[ch] & 127;
+        module.instruments[choice.instrument].name =
+            ch == kDrumChannel ? "Drum kit" : Printable(GeneralMidiProgramNames()[program]);
     }
 }
 

@@ -197,7 +197,7 @@ TEST(MidiImportTest, TextsNameTheModuleAndItsInstruments) {
     auto m = Import(MidiBytes(0, 96, {t}), chooser);
     EXPECT_EQ(m->title, "Tune 1");
     EXPECT_EQ(m->notes, "(c) 199O\nPlayed live");  // the module file's strings can't hold a zero
-    EXPECT_EQ(m->instruments[0].name, "Strings");
+    EXPECT_EQ(m->instruments[0].name, "Violin");
     EXPECT_EQ(m->instruments[1].name, "");
     EXPECT_EQ(m->instruments[2].name, "Drum kit");
     TrackBytes untitled;
