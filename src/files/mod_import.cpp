@@ -42,7 +42,7 @@ std::string PrintableText(const uint8_t* bytes, size_t size, uint8_t stop) {
     return text;
 }
 
-uint16_t BigEndianBytes(const uint8_t* bytes) {
+uint16_t WordCountInBytes(const uint8_t* bytes) {
     // Word counts times two, kept in 16 bits as the sample fields are.
     return static_cast<uint16_t>(((bytes[0] << 8) | bytes[1]) * 2);
 }
@@ -95,12 +95,12 @@ void ReadSampleRecord(FILE* file, ModSample& sample, bool& invalid) {
     ReadInto(file, name, sizeof name);
     ReadInto(file, fields, sizeof fields);
     sample.name = PrintableText(name, sizeof name, 0);
-    sample.length = BigEndianBytes(fields);
+    sample.length = WordCountInBytes(fields);
     if (sample.length != 0) sample.length -= 2;
     sample.finetune = static_cast<int8_t>(static_cast<uint8_t>(fields[2] << 4)) >> 4;
     sample.volume = fields[3];
-    sample.repeatStart = BigEndianBytes(fields + 4);
-    sample.repeatLength = BigEndianBytes(fields + 6);
+    sample.repeatStart = WordCountInBytes(fields + 4);
+    sample.repeatLength = WordCountInBytes(fields + 6);
 
     if (sample.volume > 64) invalid = true;
     if (sample.length == 0) return;
