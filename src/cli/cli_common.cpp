@@ -10,9 +10,12 @@ std::vector<Command>& Commands() {
     return commands;
 }
 
-const std::vector<std::string> kImportOptions = {"--chip",    "--divider",        "--channel",
+const std::vector<std::string> kImportOptions = {"--as",      "--chip",           "--divider",    "--channel",
                                                 "--disable", "--lines-per-beat", "--instruments"};
 const char* const kImportHelp =
+    "  --as KIND           read FILE as module, mod, vgm, midi or basic, whatever its\n"
+    "                      content or name says (for files detection does not know,\n"
+    "                      such as FLT4 modules or listings named .bas)\n"
     "  --chip ntsc|pal     chip type for imported files (default: VGM from its header,\n"
     "                      MOD pal, MIDI and BASIC ntsc)\n"
     "  --divider 1x|2x     frequency divider for imported files (default 1x)\n"
@@ -52,6 +55,14 @@ std::vector<std::string> WithImportOptions(std::vector<std::string> options) {
 }
 
 FlagImportOptions::FlagImportOptions(const Arguments& args) {
+    if (auto kind = args.Value("--as")) {
+        if (*kind == "module") forcedKind_ = FileKind::CurrentModule;
+        else if (*kind == "mod") forcedKind_ = FileKind::Mod;
+        else if (*kind == "vgm") forcedKind_ = FileKind::Vgm;
+        else if (*kind == "midi") forcedKind_ = FileKind::Midi;
+        else if (*kind == "basic") forcedKind_ = FileKind::Basic;
+        else throw UsageError("--as must be module, mod, vgm, midi or basic, not \"" + *kind + "\"");
+    }
     if (auto chip = args.Value("--chip")) {
         if (*chip == "ntsc" || *chip == "NTSC") chipType_ = kChipNtsc;
         else if (*chip == "pal" || *chip == "PAL") chipType_ = kChipPal;
@@ -129,15 +140,29 @@ std::optional<BasicImportOptions> FlagImportOptions::ChooseBasicOptions(const Ba
     return chosen;
 }
 
-std::unique_ptr<Module> LoadOrFail(const std::string& path, ImportOptionsProvider& options) {
+namespace {
+
+std::unique_ptr<Module> Load(const std::string& path, ImportOptionsProvider& options, FileKind kind) {
     auto module = std::make_unique<Module>();
     module->NewModule({});
     try {
-        if (!LoadAnyFile(*module, path, options)) throw Failure{kCouldNotLoadModule, "the import was cancelled"};
+        const bool loaded = kind == FileKind::Unknown ? LoadAnyFile(*module, path, options)
+                                                      : LoadFileAs(*module, path, kind, options);
+        if (!loaded) throw Failure{kCouldNotLoadModule, "the import was cancelled"};
     } catch (const Exception& e) {
         throw Failure{kCouldNotLoadModule, e.what()};
     }
     return module;
+}
+
+}  // namespace
+
+std::unique_ptr<Module> LoadOrFail(const std::string& path, ImportOptionsProvider& options) {
+    return Load(path, options, FileKind::Unknown);
+}
+
+std::unique_ptr<Module> LoadOrFail(const std::string& path, FlagImportOptions& options) {
+    return Load(path, options, options.ForcedKind());
 }
 
 }  // namespace sondrel::cli

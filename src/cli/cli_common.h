@@ -12,6 +12,7 @@
 
 #include "cli/cli_options.h"
 #include "files/importers.h"
+#include "files/module_file.h"
 #include "model/module.h"
 
 namespace sondrel::cli {
@@ -55,8 +56,13 @@ public:
     std::optional<MidiImportOptions> ChooseMidiOptions(const MidiImportOptions& proposal) override;
     std::optional<BasicImportOptions> ChooseBasicOptions(const BasicImportOptions& proposal) override;
 
+    // The kind named by --as, or Unknown to let the file's content decide.
+    FileKind ForcedKind() const { return forcedKind_; }
+
 protected:
     ChipSettings Chip(ChipSettings proposed) const;
+
+    FileKind forcedKind_ = FileKind::Unknown;
 
     std::optional<uint8_t> chipType_;
     std::optional<uint8_t> divider_;
@@ -69,6 +75,8 @@ protected:
 };
 
 // Loads any loadable file into a new module; a failure becomes "Couldn't load module.".
+// With "--as KIND" among the arguments the file is read as that kind, whatever its content says.
 std::unique_ptr<Module> LoadOrFail(const std::string& path, ImportOptionsProvider& options);
+std::unique_ptr<Module> LoadOrFail(const std::string& path, FlagImportOptions& options);
 
 }  // namespace sondrel::cli

@@ -359,12 +359,11 @@ FileKind DetectFileKind(const std::string& path) {
     return DetectFileKind(file.get(), path);
 }
 
-bool LoadAnyFile(Module& module, const std::string& path, ImportOptionsProvider& options) {
-    UniqueFile file = OpenFile(path, "rb");
-    if (!file) throw FileIOException("LoadAnyFile(): Can't open file");
-    FileKind kind = DetectFileKind(file.get(), path);
-    std::fseek(file.get(), 0, SEEK_SET);
+namespace {
 
+bool LoadOpenFile(Module& module, UniqueFile file, const std::string& path, FileKind kind,
+                  ImportOptionsProvider& options) {
+    std::fseek(file.get(), 0, SEEK_SET);
     auto fresh = std::make_unique<Module>();
     bool loaded = false;
     switch (kind) {
@@ -398,9 +397,35 @@ bool LoadAnyFile(Module& module, const std::string& path, ImportOptionsProvider&
     } else {
         fresh->directory.clear();
         fresh->fileName.clear();
+        MakeTextsLoadable(*fresh);
     }
     module = std::move(*fresh);
     return true;
+}
+
+void ReplaceZeroDigits(std::string& text) { std::replace(text.begin(), text.end(), '0', 'O'); }
+
+}  // namespace
+
+void MakeTextsLoadable(Module& module) {
+    ReplaceZeroDigits(module.title);
+    ReplaceZeroDigits(module.author);
+    ReplaceZeroDigits(module.notes);
+    for (Instrument& instrument : module.instruments) ReplaceZeroDigits(instrument.name);
+    for (Pattern& pattern : module.patterns) ReplaceZeroDigits(pattern.name);
+}
+
+bool LoadFileAs(Module& module, const std::string& path, FileKind kind, ImportOptionsProvider& options) {
+    UniqueFile file = OpenFile(path, "rb");
+    if (!file) throw FileIOException("LoadAnyFile(): Can't open file");
+    return LoadOpenFile(module, std::move(file), path, kind, options);
+}
+
+bool LoadAnyFile(Module& module, const std::string& path, ImportOptionsProvider& options) {
+    UniqueFile file = OpenFile(path, "rb");
+    if (!file) throw FileIOException("LoadAnyFile(): Can't open file");
+    const FileKind kind = DetectFileKind(file.get(), path);
+    return LoadOpenFile(module, std::move(file), path, kind, options);
 }
 
 }  // namespace sondrel

@@ -44,6 +44,14 @@ void SaveModule(Module& module, const std::string& path);
 // half loaded: callers load into a fresh Module.
 void LoadModuleFile(Module& module, FILE* file);
 
+// Loads or imports the file as the given kind, whatever its content says; the
+// detection step of LoadAnyFile is skipped. Unknown throws Exception.
+bool LoadFileAs(Module& module, const std::string& path, FileKind kind, ImportOptionsProvider& options);
+
+// The module file's string reader stops at the digit "0", so a text holding it
+// would not load back. Imported texts have each "0" replaced by the letter "O".
+void MakeTextsLoadable(Module& module);
+
 // Detects the file's kind and loads or imports it. Native files return true;
 // imports return the importer's result (false when the user cancelled). The
 // module is changed only on success: after a native load it records the path,

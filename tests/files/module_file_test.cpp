@@ -182,6 +182,41 @@ TEST(ModuleFile, RefusalsAndTruncationLeaveTheModuleUntouched) {
     EXPECT_THROW(SaveModule(*m, (dir / "absent" / "x.sdrltk").string()), Exception);
 }
 
+TEST(ModuleFile, ImportedTextsStayLoadableAndKindsCanBeForced) {
+    test::ScratchDir dir;
+    // A listing under a lower-case name is unknown to detection, but can be read as BASIC.
+    const std::string listing = (dir / "tune0.bas").string();
+    const std::string text = "10 REM Song 2000\n20 PLAY \"T120 L4 C D E\"\n";
+    test::WriteBytes(listing, Bytes(text.begin(), text.end()));
+    Defaults defaults;
+    auto module = NewModule("kept");
+    EXPECT_THROW(LoadAnyFile(*module, listing, defaults), Exception);
+    EXPECT_EQ(module->title, "kept");
+    ASSERT_TRUE(LoadFileAs(*module, listing, FileKind::Basic, defaults));
+    EXPECT_TRUE(module->fileName.empty());
+    // Imported texts carry no digit zero, so the saved module loads back whole.
+    auto hasZero = [](const std::string& t) { return t.find('0') != std::string::npos; };
+    EXPECT_FALSE(hasZero(module->title) || hasZero(module->notes));
+    for (const auto& instrument : module->instruments) EXPECT_FALSE(hasZero(instrument.name));
+    const std::string saved = (dir / "saved.sdrltk").string();
+    SaveModule(*module, saved);
+    auto reloaded = NewModule();
+    ASSERT_TRUE(LoadAnyFile(*reloaded, saved, defaults));
+    reloaded->fileName = module->fileName = "";
+    reloaded->directory = module->directory = "";
+    EXPECT_EQ(*reloaded, *module);
+
+    Module zeros;
+    zeros.title = "Track 10";
+    zeros.instruments[3].name = "Piano 0";
+    zeros.patterns[9].name = "0";
+    MakeTextsLoadable(zeros);
+    EXPECT_EQ(zeros.title, "Track 1O");
+    EXPECT_EQ(zeros.instruments[3].name, "Piano O");
+    EXPECT_EQ(zeros.patterns[9].name, "O");
+    EXPECT_THROW(LoadFileAs(*module, listing, FileKind::Unknown, defaults), Exception);
+}
+
 TEST(FileDetection, FirstBytesDecideAndLaterTestsWin) {
     auto at1080 = [](const std::string& start, const std::string& signature) {
         Bytes bytes(1084, 0);
