@@ -240,14 +240,16 @@ void SoundChip::RenderNoise(int16_t* frames, uint32_t frameCount) {
     noiseCounter_ = counter;
 }
 
-void SoundChip::Read(void* destination, uint32_t bytes) {
+template <typename CopyPiece>
+void SoundChip::Drain(void* destination, uint32_t bytes, CopyPiece copy) {
     auto* out = static_cast<uint8_t*>(destination);
     const auto* ring = reinterpret_cast<const uint8_t*>(ring_.data());
     uint32_t left = bytes;
     while (left > 0) {
+        // One piece up to the ring's end, then the rest from its start.
         const uint32_t piece = std::min(left, kChipRingBytes - readPos_);
         if (out) {
-            std::memcpy(out, ring + readPos_, piece);
+            copy(out, ring + readPos_, piece);
             out += piece;
         }
         readPos_ = (readPos_ + piece) % kChipRingBytes;
@@ -256,27 +258,21 @@ void SoundChip::Read(void* destination, uint32_t bytes) {
     fill_ -= std::min(bytes, fill_);
 }
 
+void SoundChip::Read(void* destination, uint32_t bytes) {
+    Drain(destination, bytes, [](uint8_t* out, const uint8_t* in, uint32_t n) { std::memcpy(out, in, n); });
+}
+
 void SoundChip::ReadAdd(void* destination, uint32_t bytes) {
-    auto* out = static_cast<uint8_t*>(destination);
-    const auto* ring = reinterpret_cast<const uint8_t*>(ring_.data());
-    uint32_t left = bytes;
-    while (left > 0) {
-        const uint32_t piece = std::min(left, kChipRingBytes - readPos_);
-        if (out) {
-            for (uint32_t i = 0; i + 1 < piece; i += 2) {
-                int16_t mine;
-                int16_t theirs;
-                std::memcpy(&mine, ring + readPos_ + i, 2);
-                std::memcpy(&theirs, out + i, 2);
-                theirs = static_cast<int16_t>(theirs + mine);
-                std::memcpy(out + i, &theirs, 2);
-            }
-            out += piece;
+    Drain(destination, bytes, [](uint8_t* out, const uint8_t* in, uint32_t n) {
+        for (uint32_t i = 0; i + 1 < n; i += 2) {
+            int16_t mine;
+            int16_t theirs;
+            std::memcpy(&mine, in + i, 2);
+            std::memcpy(&theirs, out + i, 2);
+            theirs = static_cast<int16_t>(theirs + mine);
+            std::memcpy(out + i, &theirs, 2);
         }
-        readPos_ = (readPos_ + piece) % kChipRingBytes;
-        left -= piece;
-    }
-    fill_ -= std::min(bytes, fill_);
+    });
 }
 
 }  // namespace sondrel

@@ -65,6 +65,8 @@ private:
     void RenderRun(int16_t* frames, uint32_t frameCount, uint8_t channelMask);
     void RenderTone(int channel, int16_t* frames, uint32_t frameCount);
     void RenderNoise(int16_t* frames, uint32_t frameCount);
+    template <typename CopyPiece>
+    void Drain(void* destination, uint32_t bytes, CopyPiece copy);
 
     alignas(16) std::array<int16_t, kChipRingBytes / 2> ring_{};
     uint32_t writePos_ = 0;
