@@ -113,7 +113,8 @@ private:
             size_t p = pos_ + 1;
             if (p < text_.size() && (text_[p] == '+' || text_[p] == '-')) ++p;
             if (p < text_.size() && std::isdigit(static_cast<unsigned char>(text_[p]))) {
-                std::string exponent = "E" + text_.substr(pos_ + 1, p - pos_ - 1);
+                std::string exponent(1, 'E');
+                exponent.append(text_, pos_ + 1, p - pos_ - 1);
                 pos_ = p;
                 while (pos_ < text_.size() && std::isdigit(static_cast<unsigned char>(text_[pos_])))
                     exponent += text_[pos_++];

@@ -25,10 +25,8 @@ constexpr std::array<int, 16> kLevels = {0,    330,  440,  550,  660,  825,  990
 
 class Track {
 public:
-    Track() {
-        Text("MTrk");
-        Long(0);  // length, patched by Finish
-    }
+    // "MTrk" and a length that Finish patches.
+    Track() : bytes_{'M', 'T', 'r', 'k', 0, 0, 0, 0} {}
 
     void Meta(uint32_t delta, uint8_t type, const std::string& text) {
         AppendVariableLength(bytes_, delta);
