@@ -1,0 +1,454 @@
+#include "platform/gorb.h"
+
+#include <SDL.h>
+#include <SDL_image.h>
+#include <SDL_ttf.h>
+
+#include <cstdio>
+#include <deque>
+
+#include "model/exception.h"
+#include "platform/gorb_keys.h"
+
+namespace sondrel {
+
+namespace {
+
+// More events than this between two updates means nobody reads them.
+constexpr std::size_t kMaxQueuedEvents = 1024;
+
+struct GorbState {
+    bool videoStarted = false;
+    SDL_Window* window = nullptr;
+    SDL_Renderer* renderer = nullptr;
+    SDL_Texture* texture = nullptr;
+    std::unique_ptr<Gorb_Surface> screen;
+    bool vsync = false;
+    uint64_t deadline = 0;       // when the current frame should end
+    uint64_t lastPresent = 0;
+    std::deque<Gorb_Event> events;
+    std::size_t awaitingText = SIZE_MAX;  // the key-down event the next text input belongs to
+    int mouseX = 0;
+    int mouseY = 0;
+    uint32_t buttons = 0;
+};
+
+GorbState& State() {
+    static GorbState state;
+    return state;
+}
+
+SDL_Rect ToSdl(const Gorb_Rect& rect) { return {rect.x, rect.y, rect.w, rect.h}; }
+
+SDL_Color ColourOf(uint32_t argb) {
+    return {static_cast<Uint8>(argb >> 16), static_cast<Uint8>(argb >> 8), static_cast<Uint8>(argb),
+            static_cast<Uint8>(argb >> 24)};
+}
+
+void Push(Gorb_Event event) {
+    auto& state = State();
+    if (state.events.size() >= kMaxQueuedEvents) {
+        state.events.pop_front();
+        if (state.awaitingText != SIZE_MAX) state.awaitingText = state.awaitingText ? state.awaitingText - 1 : SIZE_MAX;
+    }
+    event.x = state.mouseX;
+    event.y = state.mouseY;
+    state.events.push_back(event);
+}
+
+void PushKey(int type, const SDL_KeyboardEvent& key) {
+    Gorb_Event event;
+    event.type = type;
+    event.key = ScanCodeFromSdl(key.keysym.scancode);
+    event.repeat = key.repeat != 0;
+    if (type == kGorbKeyDown) event.character = ControlCharacter(event.key);
+    Push(event);
+    auto& state = State();
+    // The text a key types arrives as an event of its own right after it.
+    state.awaitingText = type == kGorbKeyDown && event.character == 0 ? state.events.size() - 1 : SIZE_MAX;
+}
+
+void TakeText(const char* text) {
+    auto& state = State();
+    const uint16_t character = Latin1FromUtf8(text);
+    if (character && state.awaitingText < state.events.size()) state.events[state.awaitingText].character = character;
+    state.awaitingText = SIZE_MAX;
+}
+
+void PushButton(int sdlButton, bool down) {
+    int type;
+    uint32_t bit;
+    switch (sdlButton) {
+        case SDL_BUTTON_LEFT: type = kGorbButton1Down; bit = kGorbMouseFirst; break;
+        case SDL_BUTTON_RIGHT: type = kGorbButton2Down; bit = kGorbMouseSecond; break;
+        case SDL_BUTTON_MIDDLE: type = kGorbButton3Down; bit = kGorbMouseThird; break;
+        default: return;
+    }
+    auto& state = State();
+    if (down) {
+        state.buttons |= bit;
+    } else {
+        state.buttons &= ~bit;
+        ++type;
+    }
+    Push({.type = type});
+}
+
+void DestroyWindow() {
+    auto& state = State();
+    if (state.texture) SDL_DestroyTexture(state.texture);
+    if (state.renderer) SDL_DestroyRenderer(state.renderer);
+    if (state.window) SDL_DestroyWindow(state.window);
+    state.texture = nullptr;
+    state.renderer = nullptr;
+    state.window = nullptr;
+    state.screen.reset();
+}
+
+// Whether presenting really waits for the display: a renderer may promise
+// vertical sync on a display that has none (offscreen, a virtual server).
+bool PresentWaitsForSync() {
+    auto& state = State();
+    SDL_RendererInfo info;
+    if (SDL_GetRendererInfo(state.renderer, &info) != 0 || !(info.flags & SDL_RENDERER_PRESENTVSYNC)) return false;
+    SDL_DisplayMode mode;
+    int refresh = 60;
+    if (SDL_GetWindowDisplayMode(state.window, &mode) == 0 && mode.refresh_rate > 0) refresh = mode.refresh_rate;
+    constexpr int kTrials = 4;
+    const uint64_t start = SDL_GetPerformanceCounter();
+    for (int i = 0; i < kTrials; ++i) {
+        SDL_RenderClear(state.renderer);
+        SDL_RenderPresent(state.renderer);
+    }
+    const double seconds = static_cast<double>(SDL_GetPerformanceCounter() - start) / SDL_GetPerformanceFrequency();
+    return seconds / kTrials >= 0.6 / refresh;
+}
+
+// Sleeps until the current frame's deadline unless presenting already waited
+// for the display's vertical sync.
+void PaceFrame() {
+    auto& state = State();
+    const uint64_t frequency = SDL_GetPerformanceFrequency();
+    const uint64_t period = frequency / 60;
+    uint64_t now = SDL_GetPerformanceCounter();
+    // A window that is hidden or minimised presents at once even with vertical sync.
+    const bool synced = state.vsync && state.lastPresent && now - state.lastPresent >= period / 4;
+    if (synced) {
+        state.deadline = now;
+    } else {
+        state.deadline += period;
+        // Far behind (or the first frame): start counting afresh.
+        if (now > state.deadline + period) state.deadline = now;
+        if (now < state.deadline) {
+            SDL_Delay(static_cast<Uint32>((state.deadline - now) * 1000 / frequency));
+            now = SDL_GetPerformanceCounter();
+        }
+    }
+    state.lastPresent = now;
+}
+
+}  // namespace
+
+// ---- Gorb_Surface ----
+
+Gorb_Surface::Gorb_Surface(SDL_Surface* surface) : surface_(surface) {
+    if (!surface_) throw InternalException("Gorb_Surface: no surface");
+}
+
+Gorb_Surface::~Gorb_Surface() { SDL_FreeSurface(surface_); }
+
+int Gorb_Surface::Width() const { return surface_->w; }
+int Gorb_Surface::Height() const { return surface_->h; }
+
+uint32_t Gorb_Surface::FindPixel(uint32_t argb) const {
+    const SDL_Color c = ColourOf(argb);
+    return SDL_MapRGBA(surface_->format, c.r, c.g, c.b, c.a);
+}
+
+void Gorb_Surface::FillRect(const Gorb_Rect& rect, uint32_t pixel) {
+    const SDL_Rect area = ToSdl(rect);
+    SDL_FillRect(surface_, &area, pixel);
+}
+
+void Gorb_Surface::Fill(uint32_t pixel) { SDL_FillRect(surface_, nullptr, pixel); }
+
+void Gorb_Surface::Convert(int format, int mode, uint32_t transparentArgb) {
+    if (format != kGorbFormatRgb565) throw InternalException("Gorb_Surface::Convert(): unknown format");
+    if (surface_->format->format != SDL_PIXELFORMAT_RGB565) {
+        SDL_Surface* converted = SDL_ConvertSurfaceFormat(surface_, SDL_PIXELFORMAT_RGB565, 0);
+        if (!converted) throw InternalException(std::string("Gorb_Surface::Convert(): ") + SDL_GetError());
+        SDL_FreeSurface(surface_);
+        surface_ = converted;
+    }
+    if (mode == kGorbConvertColourKey) {
+        SDL_SetColorKey(surface_, SDL_TRUE, FindPixel(transparentArgb));
+    } else {
+        SDL_SetColorKey(surface_, SDL_FALSE, 0);
+    }
+}
+
+Gorb_Pixels Gorb_Surface::Lock() {
+    if (SDL_MUSTLOCK(surface_)) SDL_LockSurface(surface_);
+    if (surface_->format->BytesPerPixel != 2) return {};
+    return {static_cast<uint16_t*>(surface_->pixels), surface_->pitch};
+}
+
+void Gorb_Surface::Unlock() {
+    if (SDL_MUSTLOCK(surface_)) SDL_UnlockSurface(surface_);
+}
+
+void Gorb_Surface::Blit(const Gorb_Surface& source, const Gorb_Rect& part, int x, int y) {
+    SDL_Rect from = ToSdl(part);
+    SDL_Rect to{x, y, part.w, part.h};
+    SDL_BlitSurface(source.surface_, &from, surface_, &to);
+}
+
+void Gorb_Surface::BlitScaled(const Gorb_Surface& source, const Gorb_Rect& part, const Gorb_Rect& target) {
+    SDL_Rect from = ToSdl(part);
+    SDL_Rect to = ToSdl(target);
+    SDL_BlitScaled(source.surface_, &from, surface_, &to);
+}
+
+void Gorb_Surface::SetClip(const Gorb_Rect& rect) {
+    const SDL_Rect area = ToSdl(rect);
+    SDL_SetClipRect(surface_, &area);
+}
+
+void Gorb_Surface::ResetClip() { SDL_SetClipRect(surface_, nullptr); }
+
+Gorb_Rect Gorb_Surface::Clip() const {
+    SDL_Rect area;
+    SDL_GetClipRect(surface_, &area);
+    return {area.x, area.y, area.w, area.h};
+}
+
+bool Gorb_Surface::SavePng(const std::filesystem::path& path) const {
+    SDL_Surface* rgb = SDL_ConvertSurfaceFormat(surface_, SDL_PIXELFORMAT_RGB24, 0);
+    if (!rgb) return false;
+    const bool saved = IMG_SavePNG(rgb, path.c_str()) == 0;
+    SDL_FreeSurface(rgb);
+    return saved;
+}
+
+// ---- Gorb_Texture ----
+
+void Gorb_Texture::BlitPart(const Gorb_Rect& part, int x, int y, Gorb_Surface* target) const {
+    if (!target) target = Gorb_GetScreen();
+    if (target) target->Blit(*surface_, part, x, y);
+}
+
+void Gorb_Texture::BlitPartScaled(const Gorb_Rect& part, const Gorb_Rect& where, Gorb_Surface* target) const {
+    if (!target) target = Gorb_GetScreen();
+    if (target) target->BlitScaled(*surface_, part, where);
+}
+
+// ---- Gorb_Font ----
+
+Gorb_Font::~Gorb_Font() { TTF_CloseFont(font_); }
+
+void Gorb_Font::Print(Gorb_Surface& target, int x, int y, const std::string& text, uint32_t argb) const {
+    if (text.empty()) return;
+    const SDL_Color colour = ColourOf(argb | (argb >> 24 ? 0 : 0xFF000000u));
+    SDL_Surface* rendered =
+        mono_ ? TTF_RenderText_Solid(font_, text.c_str(), colour) : TTF_RenderText_Blended(font_, text.c_str(), colour);
+    if (!rendered) return;
+    SDL_Rect to{x, y, rendered->w, rendered->h};
+    SDL_BlitSurface(rendered, nullptr, target.Native(), &to);
+    SDL_FreeSurface(rendered);
+}
+
+int Gorb_Font::TextWidth(const std::string& text) const {
+    int width = 0;
+    int height = 0;
+    if (text.empty() || TTF_SizeText(font_, text.c_str(), &width, &height) != 0) return 0;
+    return width;
+}
+
+int Gorb_Font::Height() const { return TTF_FontHeight(font_); }
+
+// ---- Display and window ----
+
+bool Gorb_Init() {
+    auto& state = State();
+    if (!state.videoStarted) {
+        if (SDL_InitSubSystem(SDL_INIT_VIDEO) != 0) {
+            std::fprintf(stderr, "Sondrel: no display: %s\n", SDL_GetError());
+            return false;
+        }
+        state.videoStarted = true;
+    }
+    if (!TTF_WasInit()) TTF_Init();
+    IMG_Init(IMG_INIT_PNG);
+    return true;
+}
+
+bool Gorb_SetVideoMode(int width, int height, bool fullscreen) {
+    auto& state = State();
+    if (!state.videoStarted) return false;
+    const Uint32 fullscreenFlag = fullscreen ? SDL_WINDOW_FULLSCREEN_DESKTOP : 0;
+    if (state.window && state.screen && state.screen->Width() == width && state.screen->Height() == height)
+        return SDL_SetWindowFullscreen(state.window, fullscreenFlag) == 0;
+    DestroyWindow();
+
+    state.window = SDL_CreateWindow("Sondrel", SDL_WINDOWPOS_CENTERED, SDL_WINDOWPOS_CENTERED, width, height,
+                                    SDL_WINDOW_SHOWN | fullscreenFlag);
+    if (state.window) {
+        state.renderer = SDL_CreateRenderer(state.window, -1, SDL_RENDERER_PRESENTVSYNC);
+        if (!state.renderer) state.renderer = SDL_CreateRenderer(state.window, -1, 0);
+    }
+    if (state.renderer) {
+        state.texture = SDL_CreateTexture(state.renderer, SDL_PIXELFORMAT_RGB565, SDL_TEXTUREACCESS_STREAMING,
+                                          width, height);
+    }
+    SDL_Surface* screen = SDL_CreateRGBSurfaceWithFormat(0, width, height, 16, SDL_PIXELFORMAT_RGB565);
+    if (!state.texture || !screen) {
+        std::fprintf(stderr, "Sondrel: can't open the display: %s\n", SDL_GetError());
+        if (screen) SDL_FreeSurface(screen);
+        DestroyWindow();
+        return false;
+    }
+    state.screen = std::make_unique<Gorb_Surface>(screen);
+    state.screen->Fill(0);
+    SDL_RenderSetLogicalSize(state.renderer, width, height);
+    state.vsync = PresentWaitsForSync();
+    state.deadline = 0;
+    state.lastPresent = 0;
+    SDL_StartTextInput();
+    SDL_GetMouseState(&state.mouseX, &state.mouseY);
+    return true;
+}
+
+void Gorb_SetWindowTitle(const std::string& title) {
+    if (State().window) SDL_SetWindowTitle(State().window, title.c_str());
+}
+
+void* Gorb_GetWindowHandle() { return State().window; }
+
+void Gorb_Quit() {
+    auto& state = State();
+    DestroyWindow();
+    state.events.clear();
+    state.awaitingText = SIZE_MAX;
+    state.buttons = 0;
+    if (TTF_WasInit()) TTF_Quit();
+    IMG_Quit();
+    if (state.videoStarted) {
+        SDL_StopTextInput();
+        SDL_QuitSubSystem(SDL_INIT_VIDEO);
+        state.videoStarted = false;
+    }
+}
+
+// ---- Input ----
+
+void Gorb_UpdateInput() {
+    auto& state = State();
+    if (!state.videoStarted) return;
+    SDL_Event event;
+    while (SDL_PollEvent(&event)) {
+        switch (event.type) {
+            case SDL_QUIT: Push({.type = kGorbCloseRequest}); break;
+            case SDL_KEYDOWN: PushKey(kGorbKeyDown, event.key); break;
+            case SDL_KEYUP: PushKey(kGorbKeyUp, event.key); break;
+            case SDL_TEXTINPUT: TakeText(event.text.text); break;
+            case SDL_MOUSEMOTION:
+                state.mouseX = event.motion.x;
+                state.mouseY = event.motion.y;
+                Push({.type = kGorbMouseMove});
+                break;
+            case SDL_MOUSEWHEEL: {
+                int steps = event.wheel.y;
+                if (event.wheel.direction == SDL_MOUSEWHEEL_FLIPPED) steps = -steps;
+                if (steps != 0) Push({.type = steps > 0 ? kGorbWheelUp : kGorbWheelDown, .delta = steps});
+                break;
+            }
+            case SDL_MOUSEBUTTONDOWN:
+            case SDL_MOUSEBUTTONUP:
+                state.mouseX = event.button.x;
+                state.mouseY = event.button.y;
+                PushButton(event.button.button, event.type == SDL_MOUSEBUTTONDOWN);
+                break;
+            default: break;
+        }
+    }
+}
+
+bool Gorb_GetEvent(Gorb_Event& event) {
+    auto& state = State();
+    if (state.events.empty()) return false;
+    event = state.events.front();
+    state.events.pop_front();
+    state.awaitingText = SIZE_MAX;
+    return true;
+}
+
+uint32_t Gorb_GetKeyModifiers() {
+    const SDL_Keymod mod = SDL_GetModState();
+    uint32_t bits = 0;
+    if (mod & KMOD_LSHIFT) bits |= kGorbLeftShift;
+    if (mod & KMOD_RSHIFT) bits |= kGorbRightShift;
+    if (mod & KMOD_LCTRL) bits |= kGorbLeftCtrl;
+    if (mod & KMOD_RCTRL) bits |= kGorbRightCtrl;
+    if (mod & KMOD_LALT) bits |= kGorbLeftAlt;
+    if (mod & KMOD_RALT) bits |= kGorbRightAlt;
+    return bits;
+}
+
+uint32_t Gorb_GetMouseState(int& x, int& y) {
+    x = State().mouseX;
+    y = State().mouseY;
+    return State().buttons;
+}
+
+// ---- Frames ----
+
+void Gorb_NextFrame() {
+    auto& state = State();
+    if (state.texture && state.screen) {
+        SDL_Surface* screen = state.screen->Native();
+        SDL_UpdateTexture(state.texture, nullptr, screen->pixels, screen->pitch);
+        SDL_RenderClear(state.renderer);
+        SDL_RenderCopy(state.renderer, state.texture, nullptr, nullptr);
+        SDL_RenderPresent(state.renderer);
+    }
+    PaceFrame();
+}
+
+Gorb_Surface* Gorb_GetScreen() { return State().screen.get(); }
+
+// ---- Surfaces, textures, fonts ----
+
+std::unique_ptr<Gorb_Surface> Gorb_CreateSurface(int width, int height) {
+    SDL_Surface* surface = SDL_CreateRGBSurfaceWithFormat(0, width, height, 16, SDL_PIXELFORMAT_RGB565);
+    if (!surface) throw InternalException(std::string("Gorb_CreateSurface(): ") + SDL_GetError());
+    return std::make_unique<Gorb_Surface>(surface);
+}
+
+std::unique_ptr<Gorb_Surface> Gorb_CreateSurface(const std::filesystem::path& picture) {
+    SDL_Surface* surface = IMG_Load(picture.c_str());
+    if (!surface) throw FileIOException("Couldn't load the picture " + picture.string() + ": " + IMG_GetError());
+    return std::make_unique<Gorb_Surface>(surface);
+}
+
+std::unique_ptr<Gorb_Texture> Gorb_CreateTexture(const Gorb_Surface& source) {
+    SDL_Surface* copy = SDL_ConvertSurfaceFormat(source.Native(), SDL_PIXELFORMAT_RGB565, 0);
+    if (!copy) throw InternalException(std::string("Gorb_CreateTexture(): ") + SDL_GetError());
+    SDL_SetSurfaceRLE(copy, 1);
+    return std::make_unique<Gorb_Texture>(std::make_unique<Gorb_Surface>(copy));
+}
+
+std::unique_ptr<Gorb_Font> Gorb_CreateFont(const std::filesystem::path& file, int size, int embolden, bool mono) {
+    if (!TTF_WasInit() && TTF_Init() != 0) throw LibraryLoadException("Gorb_CreateFont(): no font library");
+    TTF_Font* font = TTF_OpenFont(file.c_str(), size);
+    if (!font) throw FileIOException("Couldn't open the font " + file.string() + ": " + TTF_GetError());
+    if (embolden > 0) TTF_SetFontStyle(font, TTF_STYLE_BOLD);
+    if (mono) TTF_SetFontHinting(font, TTF_HINTING_MONO);
+    return std::make_unique<Gorb_Font>(font, mono);
+}
+
+bool Gorb_SaveScreenshot(const std::filesystem::path& path) {
+    const Gorb_Surface* screen = Gorb_GetScreen();
+    return screen && screen->SavePng(path);
+}
+
+}  // namespace sondrel

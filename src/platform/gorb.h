@@ -1,0 +1,191 @@
+#pragma once
+// The graphics and input layer: one 800 x 600 window with a 16-bit RGB565
+// screen surface that the program draws into and presents once a frame,
+// keyboard and mouse input as a queue of events with PC set-1 scan codes,
+// RGB565 surfaces and textures, TrueType fonts and PNG pictures.
+//
+// SDL stays behind this header: callers see the Gorb_ types only.
+
+#include <cstdint>
+#include <filesystem>
+#include <memory>
+#include <string>
+
+struct SDL_Surface;
+struct _TTF_Font;
+
+namespace sondrel {
+
+constexpr int kScreenWidth = 800;
+constexpr int kScreenHeight = 600;
+
+struct Gorb_Rect {
+    int x = 0;
+    int y = 0;
+    int w = 0;
+    int h = 0;
+};
+
+// Input event types, as the widget toolkit reads them.
+enum Gorb_EventType : int {
+    kGorbKeyDown = 1,
+    kGorbKeyUp = 2,
+    kGorbMouseMove = 3,
+    kGorbWheelUp = 4,    // turned away from the user: delta > 0
+    kGorbWheelDown = 5,  // turned towards the user: delta < 0
+    kGorbButton1Down = 6,
+    kGorbButton1Up = 7,
+    kGorbButton2Down = 8,
+    kGorbButton2Up = 9,
+    kGorbButton3Down = 10,
+    kGorbButton3Up = 11,
+    kGorbCloseRequest = 12,
+};
+
+struct Gorb_Event {
+    int type = 0;
+    uint16_t key = 0;        // PC set-1 scan code, 0x80 added for the extended keys
+    uint16_t character = 0;  // Latin-1 character the key typed, 0 for none
+    bool repeat = false;     // a key held down repeating
+    int x = 0;               // pointer position with every event
+    int y = 0;
+    int delta = 0;           // wheel steps
+};
+
+// Bits of Gorb_GetKeyModifiers.
+enum Gorb_Modifier : uint32_t {
+    kGorbLeftShift = 1u << 0,
+    kGorbRightShift = 1u << 1,
+    kGorbLeftCtrl = 1u << 2,
+    kGorbRightCtrl = 1u << 3,
+    kGorbLeftAlt = 1u << 4,
+    kGorbRightAlt = 1u << 5,
+    kGorbShift = kGorbLeftShift | kGorbRightShift,
+    kGorbCtrl = kGorbLeftCtrl | kGorbRightCtrl,
+    kGorbAlt = kGorbLeftAlt | kGorbRightAlt,
+};
+
+// Bits of Gorb_GetMouseState: first (left), second (right), third (middle) button.
+enum Gorb_MouseButton : uint32_t { kGorbMouseFirst = 1, kGorbMouseSecond = 2, kGorbMouseThird = 4 };
+
+// Surface formats and conversion modes for Gorb_Surface::Convert.
+constexpr int kGorbFormatRgb565 = 5;
+constexpr int kGorbConvertOpaque = 0;
+constexpr int kGorbConvertColourKey = 2;  // pixels of the given colour are transparent
+
+// Direct access to the pixels of a 16-bit surface; pitch is in bytes.
+struct Gorb_Pixels {
+    uint16_t* pixels = nullptr;
+    int pitch = 0;
+    uint16_t* Row(int y) const { return reinterpret_cast<uint16_t*>(reinterpret_cast<uint8_t*>(pixels) + y * pitch); }
+};
+
+class Gorb_Surface {
+public:
+    explicit Gorb_Surface(SDL_Surface* surface);  // takes ownership
+    ~Gorb_Surface();
+    Gorb_Surface(const Gorb_Surface&) = delete;
+    Gorb_Surface& operator=(const Gorb_Surface&) = delete;
+
+    int Width() const;
+    int Height() const;
+
+    // The pixel value of an ARGB colour in this surface's format.
+    uint32_t FindPixel(uint32_t argb) const;
+    void FillRect(const Gorb_Rect& rect, uint32_t pixel);
+    void Fill(uint32_t pixel);
+    // Brings the surface to 16-bit RGB565; with kGorbConvertColourKey the
+    // pixels of transparentArgb are left out when the surface is blitted.
+    void Convert(int format = kGorbFormatRgb565, int mode = kGorbConvertOpaque, uint32_t transparentArgb = 0);
+    // Pixels of a 16-bit surface (pixels is null for any other format).
+    Gorb_Pixels Lock();
+    void Unlock();
+
+    // Copies part of source to (x, y), leaving out its transparent pixels.
+    void Blit(const Gorb_Surface& source, const Gorb_Rect& part, int x, int y);
+    // The same, scaled to fill target.
+    void BlitScaled(const Gorb_Surface& source, const Gorb_Rect& part, const Gorb_Rect& target);
+    // Drawing is limited to the clip rectangle.
+    void SetClip(const Gorb_Rect& rect);
+    void ResetClip();
+    Gorb_Rect Clip() const;
+
+    bool SavePng(const std::filesystem::path& path) const;
+    SDL_Surface* Native() const { return surface_; }
+
+private:
+    SDL_Surface* surface_;
+};
+
+// A picture prepared for repeated drawing onto the screen (or another surface).
+class Gorb_Texture {
+public:
+    explicit Gorb_Texture(std::unique_ptr<Gorb_Surface> surface) : surface_(std::move(surface)) {}
+    int Width() const { return surface_->Width(); }
+    int Height() const { return surface_->Height(); }
+    // Draws part of the texture at (x, y) on target; the screen when target is null.
+    void BlitPart(const Gorb_Rect& part, int x, int y, Gorb_Surface* target = nullptr) const;
+    void BlitPartScaled(const Gorb_Rect& part, const Gorb_Rect& where, Gorb_Surface* target = nullptr) const;
+
+private:
+    std::unique_ptr<Gorb_Surface> surface_;
+};
+
+class Gorb_Font {
+public:
+    explicit Gorb_Font(_TTF_Font* font, bool mono) : font_(font), mono_(mono) {}
+    ~Gorb_Font();
+    Gorb_Font(const Gorb_Font&) = delete;
+    Gorb_Font& operator=(const Gorb_Font&) = delete;
+
+    // Draws Latin-1 text with its top left corner at (x, y).
+    void Print(Gorb_Surface& target, int x, int y, const std::string& text, uint32_t argb) const;
+    int TextWidth(const std::string& text) const;
+    int Height() const;
+
+private:
+    _TTF_Font* font_;
+    bool mono_;
+};
+
+// ---- Display and window ----
+// Starts the video, font and picture libraries; false when video can't start.
+bool Gorb_Init();
+// Opens the window (or the whole display) with a width x height screen surface.
+bool Gorb_SetVideoMode(int width, int height, bool fullscreen);
+void Gorb_SetWindowTitle(const std::string& title);
+// The native window (an SDL_Window), null before Gorb_SetVideoMode.
+void* Gorb_GetWindowHandle();
+void Gorb_Quit();
+
+// ---- Input ----
+// Collects the pending input into the event queue.
+void Gorb_UpdateInput();
+// The oldest queued event; false when there is none.
+bool Gorb_GetEvent(Gorb_Event& event);
+uint32_t Gorb_GetKeyModifiers();
+// The buttons held (Gorb_MouseButton bits) and the pointer position.
+uint32_t Gorb_GetMouseState(int& x, int& y);
+
+// ---- Frames ----
+// Presents the screen surface and waits for the next frame: the display's
+// vertical sync where it has one, otherwise sleeping to 60 frames a second.
+void Gorb_NextFrame();
+Gorb_Surface* Gorb_GetScreen();
+
+// ---- Surfaces, textures, fonts ----
+// A blank RGB565 surface.
+std::unique_ptr<Gorb_Surface> Gorb_CreateSurface(int width, int height);
+// A picture file (PNG) in its own format; Convert it before drawing with it.
+// Throws FileIOException when it can't be read.
+std::unique_ptr<Gorb_Surface> Gorb_CreateSurface(const std::filesystem::path& picture);
+// A converted copy of source for drawing; source's colour key carries over.
+std::unique_ptr<Gorb_Texture> Gorb_CreateTexture(const Gorb_Surface& source);
+// Throws FileIOException when the font can't be opened.
+std::unique_ptr<Gorb_Font> Gorb_CreateFont(const std::filesystem::path& file, int size, int embolden = 0,
+                                           bool mono = false);
+
+// The screen as it was last presented, as a PNG file.
+bool Gorb_SaveScreenshot(const std::filesystem::path& path);
+
+}  // namespace sondrel

@@ -1,0 +1,214 @@
+#include "platform/gorb.h"
+
+#include <SDL.h>
+#include <gtest/gtest.h>
+
+#include <cstring>
+#include <filesystem>
+
+#include "model/exception.h"
+#include "platform/gorb_keys.h"
+#include "test_support.h"
+
+namespace sondrel {
+namespace {
+
+constexpr char kSystemFont[] = "/usr/share/fonts/truetype/dejavu/DejaVuSans.ttf";
+
+TEST(GorbKeys, SdlKeysBecomeSetOneScanCodes) {
+    EXPECT_EQ(ScanCodeFromSdl(SDL_SCANCODE_TAB), 15);
+    EXPECT_EQ(ScanCodeFromSdl(SDL_SCANCODE_SPACE), 57);
+    EXPECT_EQ(ScanCodeFromSdl(SDL_SCANCODE_Z), 44);
+    EXPECT_EQ(ScanCodeFromSdl(SDL_SCANCODE_Q), 0x10);
+    EXPECT_EQ(ScanCodeFromSdl(SDL_SCANCODE_M), 0x32);
+    EXPECT_EQ(ScanCodeFromSdl(SDL_SCANCODE_ESCAPE), 1);
+    EXPECT_EQ(ScanCodeFromSdl(SDL_SCANCODE_F12), 0x58);
+    // The extended keys carry 0x80.
+    EXPECT_EQ(ScanCodeFromSdl(SDL_SCANCODE_UP), 0xC8);
+    EXPECT_EQ(ScanCodeFromSdl(SDL_SCANCODE_DELETE), 0xD3);
+    EXPECT_EQ(ScanCodeFromSdl(SDL_SCANCODE_KP_ENTER), 0x9C);
+    EXPECT_EQ(ScanCodeFromSdl(SDL_SCANCODE_RCTRL), 0x9D);
+    // Keys the PC keyboard does not have, and nonsense.
+    EXPECT_EQ(ScanCodeFromSdl(SDL_SCANCODE_AC_BACK), 0);
+    EXPECT_EQ(ScanCodeFromSdl(-1), 0);
+    EXPECT_EQ(ScanCodeFromSdl(SDL_NUM_SCANCODES), 0);
+}
+
+TEST(GorbKeys, CharactersOfKeysAndText) {
+    EXPECT_EQ(ControlCharacter(0x0E), 8);
+    EXPECT_EQ(ControlCharacter(15), 9);
+    EXPECT_EQ(ControlCharacter(0x1C), 13);
+    EXPECT_EQ(ControlCharacter(0x9C), 13);
+    EXPECT_EQ(ControlCharacter(1), 27);
+    EXPECT_EQ(ControlCharacter(44), 0);
+
+    EXPECT_EQ(Latin1FromUtf8("z"), 'z');
+    EXPECT_EQ(Latin1FromUtf8("\xC3\xA9"), 0xE9);  // é
+    EXPECT_EQ(Latin1FromUtf8("\xC2\xA3"), 0xA3);  // £
+    EXPECT_EQ(Latin1FromUtf8("\xE2\x82\xAC"), 0);  // € is beyond Latin-1
+    EXPECT_EQ(Latin1FromUtf8("ab"), 0);
+    EXPECT_EQ(Latin1FromUtf8(""), 0);
+    EXPECT_EQ(Latin1FromUtf8(nullptr), 0);
+}
+
+TEST(GorbSurface, FillFindPixelLockAndClip) {
+    auto surface = Gorb_CreateSurface(16, 8);
+    EXPECT_EQ(surface->FindPixel(0xFFFF0000), 0xF800u);
+    EXPECT_EQ(surface->FindPixel(0xFF00FF00), 0x07E0u);
+    EXPECT_EQ(surface->FindPixel(0xFF202040), 0x2108u);
+
+    surface->Fill(0);
+    surface->FillRect({2, 1, 3, 2}, 0x1234);
+    surface->SetClip({0, 0, 4, 8});
+    surface->FillRect({3, 5, 10, 1}, 0xFFFF);  // clipped at x = 4
+    surface->ResetClip();
+    Gorb_Pixels pixels = surface->Lock();
+    ASSERT_NE(pixels.pixels, nullptr);
+    EXPECT_EQ(pixels.Row(0)[2], 0);
+    EXPECT_EQ(pixels.Row(1)[1], 0);
+    EXPECT_EQ(pixels.Row(1)[2], 0x1234);
+    EXPECT_EQ(pixels.Row(2)[4], 0x1234);
+    EXPECT_EQ(pixels.Row(2)[5], 0);
+    EXPECT_EQ(pixels.Row(5)[3], 0xFFFF);
+    EXPECT_EQ(pixels.Row(5)[4], 0);
+    surface->Unlock();
+}
+
+TEST(GorbSurface, PicturesConvertWithTheirTransparentColourAndBlitAround) {
+    // A 2 x 1 picture, magenta and red, through a PNG file.
+    test::ScratchDir dir;
+    {
+        SDL_Surface* rgba = SDL_CreateRGBSurfaceWithFormat(0, 2, 1, 32, SDL_PIXELFORMAT_ARGB8888);
+        auto* pixels = static_cast<uint32_t*>(rgba->pixels);
+        pixels[0] = 0xFFFF00FF;
+        pixels[1] = 0xFFFF0000;
+        Gorb_Surface picture(rgba);
+        ASSERT_TRUE(picture.SavePng(dir / "skin.png"));
+    }
+    auto picture = Gorb_CreateSurface(dir / "skin.png");
+    picture->Convert(kGorbFormatRgb565, kGorbConvertColourKey, 0xFFFF00FF);
+    EXPECT_EQ(picture->Lock().Row(0)[1], 0xF800);
+    picture->Unlock();
+
+    auto target = Gorb_CreateSurface(4, 2);
+    target->Fill(0x001F);
+    target->Blit(*picture, {0, 0, 2, 1}, 1, 1);
+    auto texture = Gorb_CreateTexture(*picture);
+    texture->BlitPart({0, 0, 2, 1}, 2, 0, target.get());
+    Gorb_Pixels pixels = target->Lock();
+    EXPECT_EQ(pixels.Row(1)[1], 0x001F);  // magenta left the background showing
+    EXPECT_EQ(pixels.Row(1)[2], 0xF800);
+    EXPECT_EQ(pixels.Row(0)[2], 0x001F);
+    EXPECT_EQ(pixels.Row(0)[3], 0xF800);
+    target->Unlock();
+
+    EXPECT_THROW(Gorb_CreateSurface(dir / "missing.png"), FileIOException);
+}
+
+TEST(GorbFont, PrintsAndMeasuresText) {
+    if (!std::filesystem::exists(kSystemFont)) GTEST_SKIP() << "no DejaVu font on this system";
+    auto font = Gorb_CreateFont(kSystemFont, 20);
+    EXPECT_GT(font->Height(), 10);
+    EXPECT_GT(font->TextWidth("Sondrel"), font->TextWidth("Son"));
+    EXPECT_EQ(font->TextWidth(""), 0);
+
+    auto surface = Gorb_CreateSurface(100, 30);
+    surface->Fill(0);
+    font->Print(*surface, 0, 0, "W", 0xFFFFFFFF);
+    Gorb_Pixels pixels = surface->Lock();
+    int lit = 0;
+    for (int y = 0; y < 30; ++y)
+        for (int x = 0; x < 100; ++x) lit += pixels.Row(y)[x] != 0;
+    surface->Unlock();
+    EXPECT_GT(lit, 20);
+
+    EXPECT_THROW(Gorb_CreateFont("/no/such/font.ttf", 12), FileIOException);
+}
+
+// The window, its frames and input, on the offscreen video driver.
+TEST(GorbDisplay, WindowFramesAndInputEvents) {
+    ASSERT_TRUE(Gorb_Init());
+    ASSERT_TRUE(Gorb_SetVideoMode(kScreenWidth, kScreenHeight, false));
+    Gorb_SetWindowTitle("Sondrel");
+    EXPECT_STREQ(SDL_GetWindowTitle(static_cast<SDL_Window*>(Gorb_GetWindowHandle())), "Sondrel");
+    Gorb_Surface* screen = Gorb_GetScreen();
+    ASSERT_NE(screen, nullptr);
+    EXPECT_EQ(screen->Width(), 800);
+    EXPECT_EQ(screen->Height(), 600);
+
+    // Frames are paced: ten of them take about a sixth of a second.
+    const uint64_t start = SDL_GetTicks64();
+    for (int frame = 0; frame < 10; ++frame) Gorb_NextFrame();
+    EXPECT_GE(SDL_GetTicks64() - start, 140u);
+
+    // A typed key: its scan code with the character of the text that followed.
+    SDL_Event event{};
+    event.type = SDL_KEYDOWN;
+    event.key.keysym.scancode = SDL_SCANCODE_Z;
+    SDL_PushEvent(&event);
+    event = {};
+    event.type = SDL_TEXTINPUT;
+    std::strcpy(event.text.text, "z");
+    SDL_PushEvent(&event);
+    event = {};
+    event.type = SDL_KEYDOWN;
+    event.key.keysym.scancode = SDL_SCANCODE_TAB;
+    event.key.repeat = 1;
+    SDL_PushEvent(&event);
+    event = {};
+    event.type = SDL_MOUSEBUTTONDOWN;
+    event.button.button = SDL_BUTTON_RIGHT;
+    event.button.x = 30;
+    event.button.y = 40;
+    SDL_PushEvent(&event);
+    event = {};
+    event.type = SDL_MOUSEWHEEL;
+    event.wheel.y = -2;
+    SDL_PushEvent(&event);
+    event = {};
+    event.type = SDL_QUIT;
+    SDL_PushEvent(&event);
+    Gorb_UpdateInput();
+
+    Gorb_Event got;
+    ASSERT_TRUE(Gorb_GetEvent(got));
+    EXPECT_EQ(got.type, kGorbKeyDown);
+    EXPECT_EQ(got.key, 44);
+    EXPECT_EQ(got.character, 'z');
+    ASSERT_TRUE(Gorb_GetEvent(got));
+    EXPECT_EQ(got.key, 15);
+    EXPECT_EQ(got.character, 9);
+    EXPECT_TRUE(got.repeat);
+    ASSERT_TRUE(Gorb_GetEvent(got));
+    EXPECT_EQ(got.type, kGorbButton2Down);
+    EXPECT_EQ(got.x, 30);
+    EXPECT_EQ(got.y, 40);
+    int x = 0;
+    int y = 0;
+    EXPECT_EQ(Gorb_GetMouseState(x, y), kGorbMouseSecond);
+    EXPECT_EQ(x, 30);
+    ASSERT_TRUE(Gorb_GetEvent(got));
+    EXPECT_EQ(got.type, kGorbWheelDown);
+    EXPECT_EQ(got.delta, -2);
+    ASSERT_TRUE(Gorb_GetEvent(got));
+    EXPECT_EQ(got.type, kGorbCloseRequest);
+    EXPECT_FALSE(Gorb_GetEvent(got));
+
+    // The screenshot is the last frame presented.
+    screen->Fill(screen->FindPixel(0xFF00FF00));
+    Gorb_NextFrame();
+    test::ScratchDir dir;
+    ASSERT_TRUE(Gorb_SaveScreenshot(dir / "shot.png"));
+    auto shot = Gorb_CreateSurface(dir / "shot.png");
+    EXPECT_EQ(shot->Width(), 800);
+    shot->Convert();
+    EXPECT_EQ(shot->Lock().Row(599)[799], 0x07E0);
+    shot->Unlock();
+
+    Gorb_Quit();
+    EXPECT_EQ(Gorb_GetScreen(), nullptr);
+    EXPECT_FALSE(Gorb_GetEvent(got));
+}
+
+}  // namespace
+}  // namespace sondrel

@@ -1,0 +1,160 @@
+#include <SDL.h>
+#include <gtest/gtest.h>
+
+#include <chrono>
+#include <csignal>
+#include <cstdlib>
+#include <ctime>
+#include <thread>
+
+#include "model/exception.h"
+#include "platform/fault_trap.h"
+#include "platform/midi_input.h"
+#include "platform/sdl_sound_buffer.h"
+#include "platform/system.h"
+#include "test_support.h"
+
+namespace sondrel {
+namespace {
+
+// Sets an environment variable for one scope.
+class ScopedEnvironment {
+public:
+    ScopedEnvironment(const char* name, const std::string& value) : name_(name) {
+        const char* old = std::getenv(name);
+        hadOld_ = old != nullptr;
+        if (old) old_ = old;
+        setenv(name, value.c_str(), 1);
+    }
+    ~ScopedEnvironment() {
+        if (hadOld_) {
+            setenv(name_, old_.c_str(), 1);
+        } else {
+            unsetenv(name_);
+        }
+    }
+
+private:
+    const char* name_;
+    bool hadOld_ = false;
+    std::string old_;
+};
+
+TEST(FaultTrap, FaultsInsideBecomeExceptionsAndTheTrapCanBeUsedAgain) {
+    EXPECT_THROW(RunTranslatingFaults([] { std::raise(SIGSEGV); }), Exception);
+    try {
+        RunTranslatingFaults([] { std::raise(SIGFPE); });
+        FAIL() << "no exception";
+    } catch (const Exception& error) {
+        EXPECT_NE(std::string(error.what()).find("SIGFPE"), std::string::npos) << error.what();
+    }
+    // Nested traps: the inner one catches, the outer one carries on.
+    bool innerCaught = false;
+    RunTranslatingFaults([&] {
+        try {
+            RunTranslatingFaults([] { std::raise(SIGBUS); });
+        } catch (const Exception&) {
+            innerCaught = true;
+        }
+    });
+    EXPECT_TRUE(innerCaught);
+    // Exceptions of the guarded code pass through unchanged.
+    EXPECT_THROW(RunTranslatingFaults([] { throw ParseException("x"); }), ParseException);
+    int ran = 0;
+    RunTranslatingFaults([&] { ++ran; });
+    EXPECT_EQ(ran, 1);
+}
+
+TEST(FaultTrap, AFaultOutsideTheTrapStillKillsTheProcess) {
+    RunTranslatingFaults([] {});  // the handlers are installed now
+    EXPECT_EXIT(std::raise(SIGILL), ::testing::KilledBySignal(SIGILL), "");
+}
+
+TEST(SystemTime, UtcTimeIsTheSystemClockInUtc) {
+    const std::time_t before = std::time(nullptr);
+    const UtcTime now = CurrentUtcTime();
+    const std::time_t after = std::time(nullptr);
+    std::tm parts{};
+    parts.tm_year = now.year - 1900;
+    parts.tm_mon = now.month - 1;
+    parts.tm_mday = now.day;
+    parts.tm_hour = now.hour;
+    parts.tm_min = now.minute;
+    parts.tm_sec = now.second;
+    const std::time_t back = timegm(&parts);
+    EXPECT_GE(back, before);
+    EXPECT_LE(back, after);
+}
+
+TEST(SdlSoundBuffer, TheDummyDriverMeansSilence) {
+    ScopedEnvironment driver("SDL_AUDIODRIVER", "dummy");
+    SdlSoundBuffer buffer;
+    EXPECT_FALSE(buffer.Create());
+    uint32_t cursor = 0;
+    EXPECT_FALSE(buffer.GetPlayCursor(cursor));
+    SoundBufferRegions regions;
+    EXPECT_FALSE(buffer.Lock(0, 1024, regions));
+}
+
+// The disk driver plays into a file in real time, so the cursor moves as on a sound card.
+TEST(SdlSoundBuffer, TheDeviceLoopsThroughTheBufferAndWritesWhatWasLocked) {
+    test::ScratchDir dir;
+    ScopedEnvironment driver("SDL_AUDIODRIVER", "disk");
+    ScopedEnvironment file("SDL_DISKAUDIOFILE", (dir / "out.raw").string());
+    SdlSoundBuffer buffer;
+    if (!buffer.Create()) GTEST_SKIP() << "SDL has no disk audio driver: " << SDL_GetError();
+
+    // A wrapping lock gives the end and then the start of the buffer.
+    SoundBufferRegions regions;
+    ASSERT_TRUE(buffer.Lock(kSoundBufferBytes - 100, 300, regions));
+    EXPECT_EQ(regions.firstBytes, 100u);
+    EXPECT_EQ(regions.secondBytes, 200u);
+    EXPECT_EQ(regions.second + 16384, regions.first + 100);
+    buffer.Unlock(regions);
+
+    // Fill the whole buffer with one sample value, play, and watch the cursor go round.
+    ASSERT_TRUE(buffer.Lock(0, kSoundBufferBytes, regions));
+    for (uint32_t i = 0; i < regions.firstBytes; i += 2) {
+        regions.first[i] = 0x34;
+        regions.first[i + 1] = 0x12;
+    }
+    buffer.Unlock(regions);
+    ASSERT_TRUE(buffer.Play());
+    uint32_t cursor = 0;
+    uint32_t moves = 0;
+    uint32_t last = 0;
+    for (int wait = 0; wait < 300 && moves < 3; ++wait) {
+        std::this_thread::sleep_for(std::chrono::milliseconds(5));
+        ASSERT_TRUE(buffer.GetPlayCursor(cursor));
+        EXPECT_LT(cursor, kSoundBufferBytes);
+        if (cursor != last) ++moves;
+        last = cursor;
+    }
+    EXPECT_GE(moves, 3u);
+    buffer.Release();
+
+    const auto raw = test::ReadBytes(dir / "out.raw");
+    ASSERT_GE(raw.size(), 2048u);
+    for (size_t i = 0; i + 1 < 2048; i += 2) {
+        ASSERT_EQ(raw[i], 0x34) << i;
+        ASSERT_EQ(raw[i + 1], 0x12) << i;
+    }
+}
+
+TEST(MidiInputPort, APortThatIsNotThereFailsQuietly) {
+    MidiInputPort port;
+    const size_t ports = MidiInputPort::PortNames().size();
+    EXPECT_FALSE(port.Open(static_cast<unsigned>(ports) + 7, [](const uint8_t*, std::size_t) {}));
+    EXPECT_FALSE(port.IsOpen());
+    port.Close();
+}
+
+TEST(MessageBox, HeadlessMessagesGoToStandardError) {
+    ScopedEnvironment video("SDL_VIDEODRIVER", "offscreen");
+    ::testing::internal::CaptureStderr();
+    ShowMessageBox("Couldn't load module.");
+    EXPECT_EQ(::testing::internal::GetCapturedStderr(), "Couldn't load module.\n");
+}
+
+}  // namespace
+}  // namespace sondrel
