@@ -1,0 +1,128 @@
+#pragma once
+// The program's skeleton: start-up in a fixed order, the frame loop that
+// feeds input, MIDI-in notes and player feedback to the editor, the crash
+// save when an exception (or a hardware fault) escapes the loop, and
+// shutdown in a fixed order.
+
+#include <cstdint>
+#include <filesystem>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "app/app_platform.h"
+#include "app/preferences.h"
+#include "model/module.h"
+#include "sound/audio_mutex.h"
+
+namespace sondrel {
+
+class AudioOutput;
+class MidiIn;
+class MidiNoteEntry;
+class NotePlayer;
+class SongPlayer;
+
+inline constexpr char kProgramTitle[] = "Sondrel";
+inline constexpr char kCouldNotLoadPreferences[] = "Couldn't load the preferences file (sondrel.prefs).";
+inline constexpr char kCouldNotSavePreferences[] = "Couldn't save the configuration file.";
+inline constexpr char kErrorWhileQuitting[] =
+    "An error occured while quitting.\nThis shouldn't happen.\nPlease report this to Harvelt.";
+
+// "crash(2007.3.4 5.6.7).sdrltk." for 2007-03-04 05:06:07: no leading zeros,
+// and the full stop after the extension belongs to the name.
+std::string CrashFileName(const UtcTime& time);
+std::string CrashMessage(const std::string& fileName);
+
+// Pattern view redraw requests that follow the player.
+constexpr uint32_t kRedrawFollowPlayer = 27;
+constexpr uint32_t kRedrawPlayedLine = 16;
+
+struct PlayerFeedback {
+    bool follow = false;      // move the cursor to the player's line and list position
+    uint32_t redrawBits = 0;  // 0 when nothing happened
+};
+
+// Takes and clears the song player's line flags under the audio mutex.
+PlayerFeedback TakePlayerFeedback(SongPlayer& song, AudioMutex& audioMutex);
+
+// Behaviour chosen from outside, for running the program unattended.
+struct AppOptions {
+    long exitAfterFrames = 0;   // SONDREL_EXIT_AFTER_FRAMES: close after this many frames
+    long faultAfterFrames = 0;  // SONDREL_FAULT_AFTER_FRAMES: raise SIGSEGV in this frame
+    bool playOnStart = false;   // SONDREL_PLAY_ON_START=1: play the song at once
+    std::filesystem::path screenshot;  // SONDREL_SCREENSHOT: the last frame as PNG
+};
+AppOptions AppOptionsFromEnvironment();
+
+struct AppPaths {
+    std::filesystem::path programDirectory;      // the program's own files
+    std::filesystem::path preferencesDirectory;  // "sondrel.prefs" and crash files
+    std::filesystem::path startDirectory;        // command-line files are relative to it
+};
+// The running program's directories and the current directory.
+AppPaths CurrentAppPaths();
+
+class Application {
+public:
+    Application(AppPlatform& platform, AppPaths paths, AppOptions options = {});
+    ~Application();
+    Application(const Application&) = delete;
+    Application& operator=(const Application&) = delete;
+
+    // The whole run; the program's exit status.
+    int Run(const std::string& commandLine);
+
+    // The module load routine: reads or imports the file into a fresh module
+    // and takes it over; on failure shows "Couldn't load module." and keeps
+    // the current one.
+    bool LoadModule(const std::string& path);
+    // The close request (the window's close box, Escape for now).
+    void RequestClose();
+
+    Module& CurrentModule() { return *module_; }
+    const Preferences& Prefs() const { return prefs_; }
+    const std::string& ProgramName() const { return programName_; }
+    long Frames() const { return frames_; }
+
+private:
+    bool StartUp();
+    void RunLoop();
+    void RunFrame();
+    void SaveCrashModule(const std::exception& error);
+    void ShutDown();
+
+    // The frame's steps that later parts of the editor take over.
+    void StartToolkit();
+    void UpdateToolkit();
+    void DispatchCommands();
+    void EnterMidiNotes();
+    void UpdateView(const PlayerFeedback& feedback);
+    void DrawScreen();
+    void StopToolkit();
+
+    void StartPlaying();
+    std::filesystem::path PreferencesFile() const;
+
+    AppPlatform& platform_;
+    AppPaths paths_;
+    AppOptions options_;
+    std::string programName_ = "sondrel";
+
+    std::unique_ptr<AudioMutex> audioMutex_;
+    Preferences prefs_;
+    std::unique_ptr<Config> config_;
+    bool displayOpen_ = false;
+    std::unique_ptr<Module> module_;
+    std::unique_ptr<SongPlayer> song_;
+    std::unique_ptr<NotePlayer> notes_;
+    std::unique_ptr<MidiIn> midiIn_;
+    std::unique_ptr<MidiNoteEntry> midiEntry_;
+    std::unique_ptr<SoundBuffer> soundBuffer_;
+    std::unique_ptr<AudioOutput> audio_;
+    std::unique_ptr<Gorb_Font> titleFont_;
+    bool quitRequested_ = false;
+    long frames_ = 0;
+};
+
+}  // namespace sondrel
