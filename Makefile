@@ -25,8 +25,12 @@ configure: deps $(BUILD)/CMakeCache.txt
 build: configure
 	cmake --build $(BUILD) -j $(JOBS)
 
+# Starts the program on the demo song (or ARGS) with the real display and
+# sound card: the headless drivers exported above are for the tests.
 run: build
-	$(BUILD)/bin/sondrel $(ARGS)
+	env $(if $(filter file,$(origin SDL_VIDEODRIVER)),-u SDL_VIDEODRIVER) \
+		$(if $(filter file,$(origin SDL_AUDIODRIVER)),-u SDL_AUDIODRIVER) \
+		$(BUILD)/bin/sondrel $(or $(ARGS),data/demo.sdrltk)
 
 # Rebuilds the committed demo song from tools/make_demo.cpp.
 demo: build
@@ -42,6 +46,15 @@ test-sanitize: deps $(BUILD_ASAN)/CMakeCache.txt
 	cmake --build $(BUILD_ASAN) -j $(JOBS)
 	cd $(BUILD_ASAN) && ASAN_OPTIONS=detect_leaks=1 UBSAN_OPTIONS=print_stacktrace=1 \
 		ctest --output-on-failure -j $(JOBS)
+
+# The audio thread's tests under ThreadSanitizer.
+.PHONY: test-tsan
+build-tsan/CMakeCache.txt:
+	cmake -S . -B build-tsan -DCMAKE_BUILD_TYPE=Debug -DSONDREL_TSAN=ON -DSONDREL_BUILD_BENCH=OFF $(CMAKE_FLAGS)
+
+test-tsan: deps build-tsan/CMakeCache.txt
+	cmake --build build-tsan -j $(JOBS) --target sound_tests
+	TSAN_OPTIONS=halt_on_error=1 build-tsan/bin/sound_tests --gtest_filter='AudioOutput*'
 
 $(BUILD_BENCH)/CMakeCache.txt:
 	cmake -S . -B $(BUILD_BENCH) -DCMAKE_BUILD_TYPE=Release -DSONDREL_BUILD_TESTS=OFF $(CMAKE_FLAGS)
