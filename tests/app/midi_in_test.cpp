@@ -14,6 +14,7 @@ namespace {
 // A device that opens as told and lets the test play messages into the callback.
 class FakeMidiDevice : public MidiDevice {
 public:
+    explicit FakeMidiDevice(int& closes) : closes(closes) {}
     bool Open(unsigned deviceId, Callback callback) override {
         openedId = static_cast<int>(deviceId);
         if (!opens) return false;
@@ -27,13 +28,13 @@ public:
 
     bool opens = true;
     int openedId = -1;
-    int closes = 0;
+    int& closes;  // outlives the device
     Callback send;
 };
 
 struct MidiInTest : ::testing::Test {
     MidiInTest() {
-        auto owned = std::make_unique<FakeMidiDevice>();
+        auto owned = std::make_unique<FakeMidiDevice>(closes);
         device = owned.get();
         midi = std::make_unique<MidiIn>(std::move(owned));
     }
@@ -50,6 +51,7 @@ struct MidiInTest : ::testing::Test {
         return events;
     }
 
+    int closes = 0;
     FakeMidiDevice* device;
     std::unique_ptr<MidiIn> midi;
 };
@@ -106,17 +108,17 @@ TEST_F(MidiInTest, ADeviceThatFailsLeavesMidiInOffAndReopeningStartsClean) {
     midi->Open(9);
     EXPECT_FALSE(midi->Opened());
     midi->Close();
-    EXPECT_EQ(device->closes, 0);
+    EXPECT_EQ(closes, 0);
 
     device->opens = true;
     midi->Open(1);
     Send({0x90, 60, 1});
     midi->Open(1);  // closes first; held keys and the queue are forgotten
-    EXPECT_EQ(device->closes, 1);
+    EXPECT_EQ(closes, 1);
     Send({0x90, 60, 1});
     EXPECT_EQ(Drain().size(), 1u);
     midi.reset();
-    EXPECT_EQ(device->closes, 2);
+    EXPECT_EQ(closes, 2);
 }
 
 struct MidiNoteEntryTest : ::testing::Test {
@@ -172,7 +174,8 @@ TEST_F(MidiNoteEntryTest, WithTheDividerAt2xTheNoteSoundsAnOctaveHigher) {
 }
 
 TEST_F(MidiNoteEntryTest, ResetDropsQueuedEventsAndFreesTheSlots) {
-    auto device = std::make_unique<FakeMidiDevice>();
+    int closes = 0;
+    auto device = std::make_unique<FakeMidiDevice>(closes);
     FakeMidiDevice* fake = device.get();
     MidiIn midi(std::move(device));
     midi.Open(0);
