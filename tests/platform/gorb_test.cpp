@@ -5,6 +5,7 @@
 
 #include <cstring>
 #include <filesystem>
+#include <utility>
 
 #include "model/exception.h"
 #include "platform/gorb_keys.h"
@@ -15,39 +16,24 @@ namespace {
 
 constexpr char kSystemFont[] = "/usr/share/fonts/truetype/dejavu/DejaVuSans.ttf";
 
-TEST(GorbKeys, SdlKeysBecomeSetOneScanCodes) {
-    EXPECT_EQ(ScanCodeFromSdl(SDL_SCANCODE_TAB), 15);
-    EXPECT_EQ(ScanCodeFromSdl(SDL_SCANCODE_SPACE), 57);
-    EXPECT_EQ(ScanCodeFromSdl(SDL_SCANCODE_Z), 44);
-    EXPECT_EQ(ScanCodeFromSdl(SDL_SCANCODE_Q), 0x10);
-    EXPECT_EQ(ScanCodeFromSdl(SDL_SCANCODE_M), 0x32);
-    EXPECT_EQ(ScanCodeFromSdl(SDL_SCANCODE_ESCAPE), 1);
-    EXPECT_EQ(ScanCodeFromSdl(SDL_SCANCODE_F12), 0x58);
-    // The extended keys carry 0x80.
-    EXPECT_EQ(ScanCodeFromSdl(SDL_SCANCODE_UP), 0xC8);
-    EXPECT_EQ(ScanCodeFromSdl(SDL_SCANCODE_DELETE), 0xD3);
-    EXPECT_EQ(ScanCodeFromSdl(SDL_SCANCODE_KP_ENTER), 0x9C);
-    EXPECT_EQ(ScanCodeFromSdl(SDL_SCANCODE_RCTRL), 0x9D);
-    // Keys the PC keyboard does not have, and nonsense.
-    EXPECT_EQ(ScanCodeFromSdl(SDL_SCANCODE_AC_BACK), 0);
-    EXPECT_EQ(ScanCodeFromSdl(-1), 0);
-    EXPECT_EQ(ScanCodeFromSdl(SDL_NUM_SCANCODES), 0);
-}
+TEST(GorbKeys, SetOneScanCodesAndTheCharactersKeysType) {
+    // Ordinary keys, extended keys with 0x80, and keys the PC keyboard lacks.
+    const std::pair<int, uint16_t> keys[] = {
+        {SDL_SCANCODE_TAB, 15},      {SDL_SCANCODE_SPACE, 57},      {SDL_SCANCODE_Z, 44},
+        {SDL_SCANCODE_Q, 0x10},      {SDL_SCANCODE_M, 0x32},        {SDL_SCANCODE_F12, 0x58},
+        {SDL_SCANCODE_UP, 0xC8},     {SDL_SCANCODE_DELETE, 0xD3},   {SDL_SCANCODE_KP_ENTER, 0x9C},
+        {SDL_SCANCODE_AC_BACK, 0},   {-1, 0},                       {SDL_NUM_SCANCODES, 0},
+    };
+    for (const auto& [sdl, code] : keys) EXPECT_EQ(ScanCodeFromSdl(sdl), code) << sdl;
 
-TEST(GorbKeys, CharactersOfKeysAndText) {
     EXPECT_EQ(ControlCharacter(0x0E), 8);
-    EXPECT_EQ(ControlCharacter(15), 9);
-    EXPECT_EQ(ControlCharacter(0x1C), 13);
     EXPECT_EQ(ControlCharacter(0x9C), 13);
     EXPECT_EQ(ControlCharacter(1), 27);
     EXPECT_EQ(ControlCharacter(44), 0);
-
     EXPECT_EQ(Latin1FromUtf8("z"), 'z');
-    EXPECT_EQ(Latin1FromUtf8("\xC3\xA9"), 0xE9);  // é
-    EXPECT_EQ(Latin1FromUtf8("\xC2\xA3"), 0xA3);  // £
+    EXPECT_EQ(Latin1FromUtf8("\xC3\xA9"), 0xE9);   // é
     EXPECT_EQ(Latin1FromUtf8("\xE2\x82\xAC"), 0);  // € is beyond Latin-1
     EXPECT_EQ(Latin1FromUtf8("ab"), 0);
-    EXPECT_EQ(Latin1FromUtf8(""), 0);
     EXPECT_EQ(Latin1FromUtf8(nullptr), 0);
 }
 
@@ -144,32 +130,25 @@ TEST(GorbDisplay, WindowFramesAndInputEvents) {
     EXPECT_GE(SDL_GetTicks64() - start, 140u);
 
     // A typed key: its scan code with the character of the text that followed.
-    SDL_Event event{};
-    event.type = SDL_KEYDOWN;
-    event.key.keysym.scancode = SDL_SCANCODE_Z;
-    SDL_PushEvent(&event);
-    event = {};
-    event.type = SDL_TEXTINPUT;
-    std::strcpy(event.text.text, "z");
-    SDL_PushEvent(&event);
-    event = {};
-    event.type = SDL_KEYDOWN;
-    event.key.keysym.scancode = SDL_SCANCODE_TAB;
-    event.key.repeat = 1;
-    SDL_PushEvent(&event);
-    event = {};
-    event.type = SDL_MOUSEBUTTONDOWN;
-    event.button.button = SDL_BUTTON_RIGHT;
-    event.button.x = 30;
-    event.button.y = 40;
-    SDL_PushEvent(&event);
-    event = {};
-    event.type = SDL_MOUSEWHEEL;
-    event.wheel.y = -2;
-    SDL_PushEvent(&event);
-    event = {};
-    event.type = SDL_QUIT;
-    SDL_PushEvent(&event);
+    auto push = [](Uint32 type, auto fill) {
+        SDL_Event event{};
+        event.type = type;
+        fill(event);
+        SDL_PushEvent(&event);
+    };
+    push(SDL_KEYDOWN, [](SDL_Event& e) { e.key.keysym.scancode = SDL_SCANCODE_Z; });
+    push(SDL_TEXTINPUT, [](SDL_Event& e) { std::strcpy(e.text.text, "z"); });
+    push(SDL_KEYDOWN, [](SDL_Event& e) {
+        e.key.keysym.scancode = SDL_SCANCODE_TAB;
+        e.key.repeat = 1;
+    });
+    push(SDL_MOUSEBUTTONDOWN, [](SDL_Event& e) {
+        e.button.button = SDL_BUTTON_RIGHT;
+        e.button.x = 30;
+        e.button.y = 40;
+    });
+    push(SDL_MOUSEWHEEL, [](SDL_Event& e) { e.wheel.y = -2; });
+    push(SDL_QUIT, [](SDL_Event&) {});
     Gorb_UpdateInput();
 
     Gorb_Event got;

@@ -4,7 +4,6 @@
 #include <chrono>
 #include <csignal>
 #include <cstdlib>
-#include <ctime>
 #include <thread>
 
 #include "model/exception.h"
@@ -68,22 +67,6 @@ TEST(FaultTrap, FaultsInsideBecomeExceptionsAndTheTrapCanBeUsedAgain) {
 TEST(FaultTrap, AFaultOutsideTheTrapStillKillsTheProcess) {
     RunTranslatingFaults([] {});  // the handlers are installed now
     EXPECT_EXIT(std::raise(SIGILL), ::testing::KilledBySignal(SIGILL), "");
-}
-
-TEST(SystemTime, UtcTimeIsTheSystemClockInUtc) {
-    const std::time_t before = std::time(nullptr);
-    const UtcTime now = CurrentUtcTime();
-    const std::time_t after = std::time(nullptr);
-    std::tm parts{};
-    parts.tm_year = now.year - 1900;
-    parts.tm_mon = now.month - 1;
-    parts.tm_mday = now.day;
-    parts.tm_hour = now.hour;
-    parts.tm_min = now.minute;
-    parts.tm_sec = now.second;
-    const std::time_t back = timegm(&parts);
-    EXPECT_GE(back, before);
-    EXPECT_LE(back, after);
 }
 
 TEST(SdlSoundBuffer, TheDummyDriverMeansSilence) {
