@@ -73,4 +73,4 @@ fuzz: deps $(BUILD_FUZZ)/CMakeCache.txt
 	sh scripts/run-fuzzers $(BUILD_FUZZ) $(FUZZ_SECONDS)
 
 clean:
-	rm -rf $(BUILD) $(BUILD_ASAN) $(BUILD_BENCH) $(BUILD_FUZZ)
+	rm -rf $(BUILD) $(BUILD_ASAN) $(BUILD_BENCH) $(BUILD_FUZZ) build-tsan
