@@ -1,5 +1,10 @@
 #include "test_support.h"
 
+#include <sys/wait.h>
+
+#include <array>
+#include <cstdio>
+
 #include <fstream>
 #include <iterator>
 #include <random>
@@ -27,6 +32,17 @@ void WriteBytes(const std::filesystem::path& path, const std::vector<unsigned ch
     std::ofstream out(path, std::ios::binary);
     out.write(reinterpret_cast<const char*>(bytes.data()), static_cast<std::streamsize>(bytes.size()));
     if (!out) throw std::runtime_error("cannot write " + path.string());
+}
+
+int RunCommand(const std::string& commandLine, std::string& output) {
+    output.clear();
+    FILE* pipe = popen((commandLine + " 2>&1").c_str(), "r");
+    if (!pipe) return -1;
+    std::array<char, 4096> buffer{};
+    size_t got;
+    while ((got = fread(buffer.data(), 1, buffer.size(), pipe)) > 0) output.append(buffer.data(), got);
+    const int status = pclose(pipe);
+    return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
 }
 
 ScratchDir::ScratchDir() {

@@ -17,6 +17,10 @@ std::filesystem::path CorpusDir();
 std::vector<unsigned char> ReadBytes(const std::filesystem::path& path);
 void WriteBytes(const std::filesystem::path& path, const std::vector<unsigned char>& bytes);
 
+// Runs a shell command line; returns its exit code (-1 when it did not exit
+// normally) with its standard output and error together in output.
+int RunCommand(const std::string& commandLine, std::string& output);
+
 // A fresh directory below the system's temporary directory, removed on destruction.
 class ScratchDir {
 public:

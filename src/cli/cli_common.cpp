@@ -30,24 +30,6 @@ const char* const kImportHelp =
     "                      instruments (0-15) for PLAY normal, staccato and legato,\n"
     "                      SOUND, BEEP and pauses (default 0,1,2,3,4,5)\n";
 
-namespace {
-
-// A whole number in [low, high] from text, or a usage error naming the option.
-int ParseNumber(const std::string& text, int low, int high, const std::string& option) {
-    size_t used = 0;
-    int value = 0;
-    try {
-        value = std::stoi(text, &used);
-    } catch (const std::exception&) {
-        used = 0;
-    }
-    if (used == 0 || used != text.size() || value < low || value > high)
-        throw UsageError(option + ": \"" + text + "\" is not a number from " + std::to_string(low) + " to " +
-                         std::to_string(high));
-    return value;
-}
-
-}  // namespace
 
 std::vector<std::string> WithImportOptions(std::vector<std::string> options) {
     options.insert(options.end(), kImportOptions.begin(), kImportOptions.end());
@@ -80,13 +62,13 @@ FlagImportOptions::FlagImportOptions(const Arguments& args) {
             throw UsageError("--channel takes MIDICH=CHIP:INSTRUMENT, not \"" + route + "\"");
         MidiChannelChoice choice;
         choice.enable = true;
-        const int midi = ParseNumber(route.substr(0, eq), 1, 16, "--channel");
-        choice.chipChannel = static_cast<uint8_t>(ParseNumber(route.substr(eq + 1, colon - eq - 1), 0, 3, "--channel"));
-        choice.instrument = static_cast<uint8_t>(ParseNumber(route.substr(colon + 1), 0, 15, "--channel"));
+        const int midi = ParseWholeNumber(route.substr(0, eq), 1, 16, "--channel");
+        choice.chipChannel = static_cast<uint8_t>(ParseWholeNumber(route.substr(eq + 1, colon - eq - 1), 0, 3, "--channel"));
+        choice.instrument = static_cast<uint8_t>(ParseWholeNumber(route.substr(colon + 1), 0, 15, "--channel"));
         midiChannels_.emplace_back(midi, choice);
     }
-    for (const std::string& channel : args.Values("--disable")) midiDisabled_.push_back(ParseNumber(channel, 1, 16, "--disable"));
-    if (auto lines = args.Value("--lines-per-beat")) linesPerBeat_ = ParseNumber(*lines, 1, 96, "--lines-per-beat");
+    for (const std::string& channel : args.Values("--disable")) midiDisabled_.push_back(ParseWholeNumber(channel, 1, 16, "--disable"));
+    if (auto lines = args.Value("--lines-per-beat")) linesPerBeat_ = ParseWholeNumber(*lines, 1, 96, "--lines-per-beat");
     if (auto list = args.Value("--instruments")) {
         std::array<uint8_t, 6> slots{};
         size_t start = 0;
@@ -94,7 +76,7 @@ FlagImportOptions::FlagImportOptions(const Arguments& args) {
             const size_t comma = list->find(',', start);
             if ((comma == std::string::npos) != (i == 5))
                 throw UsageError("--instruments takes six numbers separated by commas, not \"" + *list + "\"");
-            slots[i] = static_cast<uint8_t>(ParseNumber(list->substr(start, comma - start), 0, 15, "--instruments"));
+            slots[i] = static_cast<uint8_t>(ParseWholeNumber(list->substr(start, comma - start), 0, 15, "--instruments"));
             start = comma + 1;
         }
         basicInstruments_ = slots;

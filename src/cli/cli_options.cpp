@@ -3,8 +3,23 @@
 #include <algorithm>
 #include <cerrno>
 #include <cstdlib>
+#include <string>
 
 namespace sondrel::cli {
+
+int ParseWholeNumber(const std::string& text, int low, int high, const std::string& option) {
+    size_t used = 0;
+    int value = 0;
+    try {
+        value = std::stoi(text, &used);
+    } catch (const std::exception&) {
+        used = 0;
+    }
+    if (used == 0 || used != text.size() || value < low || value > high)
+        throw UsageError(option + ": \"" + text + "\" is not a number from " + std::to_string(low) + " to " +
+                         std::to_string(high));
+    return value;
+}
 
 Arguments::Arguments(const std::vector<std::string>& args, const std::vector<std::string>& valueOptions,
                      const std::vector<std::string>& flags) {
@@ -51,14 +66,7 @@ std::vector<std::string> Arguments::Values(const std::string& option) const {
 
 int Arguments::Int(const std::string& option, int fallback, int low, int high) const {
     auto text = Value(option);
-    if (!text) return fallback;
-    errno = 0;
-    char* end = nullptr;
-    long value = std::strtol(text->c_str(), &end, 10);
-    if (text->empty() || *end != '\0' || errno != 0 || value < low || value > high)
-        throw UsageError(option + " must be a whole number from " + std::to_string(low) + " to " +
-                         std::to_string(high) + ", not \"" + *text + "\"");
-    return static_cast<int>(value);
+    return text ? ParseWholeNumber(*text, low, high, option) : fallback;
 }
 
 double Arguments::Double(const std::string& option, double fallback, double low, double high) const {

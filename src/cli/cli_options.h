@@ -15,6 +15,9 @@ public:
     using std::runtime_error::runtime_error;
 };
 
+// A whole number in [low, high] from text, or a UsageError naming the option.
+int ParseWholeNumber(const std::string& text, int low, int high, const std::string& option);
+
 class Arguments {
 public:
     // valueOptions take a value ("--loops 3" or "--loops=3"); flags do not.

@@ -18,12 +18,13 @@ namespace {
     throw UsageError("--program takes ROW=PROG with ROW 0-47 and PROG 0-127, not \"" + given + "\"");
 }
 
+// A part of ROW=PROG in [low, high]; anything else is the same usage error.
 int ParseInRange(const std::string& text, int low, int high, const std::string& given) {
-    errno = 0;
-    char* end = nullptr;
-    const long value = std::strtol(text.c_str(), &end, 10);
-    if (text.empty() || *end != '\0' || errno != 0 || value < low || value > high) BadProgram(given);
-    return static_cast<int>(value);
+    try {
+        return ParseWholeNumber(text, low, high, "--program");
+    } catch (const UsageError&) {
+        BadProgram(given);
+    }
 }
 
 void ListPrograms() {

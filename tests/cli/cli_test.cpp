@@ -1,8 +1,5 @@
 #include <gtest/gtest.h>
-#include <sys/wait.h>
 
-#include <array>
-#include <cstdio>
 #include <string>
 
 #include "test_support.h"
@@ -16,15 +13,8 @@ struct RunResult {
 };
 
 RunResult Cli(const std::string& arguments) {
-    const std::string command = (test::BinaryDir() / "sondrel-cli").string() + " " + arguments + " 2>&1";
     RunResult result;
-    FILE* pipe = popen(command.c_str(), "r");
-    if (!pipe) return result;
-    std::array<char, 4096> buffer{};
-    size_t got;
-    while ((got = fread(buffer.data(), 1, buffer.size(), pipe)) > 0) result.output.append(buffer.data(), got);
-    const int status = pclose(pipe);
-    result.exitCode = WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+    result.exitCode = test::RunCommand((test::BinaryDir() / "sondrel-cli").string() + " " + arguments, result.output);
     return result;
 }
 

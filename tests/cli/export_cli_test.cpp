@@ -1,9 +1,5 @@
 #include <gtest/gtest.h>
-#include <sys/wait.h>
 
-#include <cstdlib>
-#include <fstream>
-#include <iterator>
 #include <string>
 
 #include "test_support.h"
@@ -12,14 +8,8 @@ namespace sondrel {
 namespace {
 
 // Runs sondrel-cli with the arguments; returns the exit code and puts stdout and stderr into output.
-int RunCli(const std::string& arguments, const test::ScratchDir& dir, std::string& output) {
-    const auto log = dir / "cli.log";
-    const std::string command =
-        (test::BinaryDir() / "sondrel-cli").string() + " " + arguments + " >'" + log.string() + "' 2>&1";
-    const int status = std::system(command.c_str());
-    std::ifstream in(log);
-    output.assign(std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>());
-    return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+int RunCli(const std::string& arguments, const test::ScratchDir&, std::string& output) {
+    return test::RunCommand((test::BinaryDir() / "sondrel-cli").string() + " " + arguments, output);
 }
 
 const std::string kDemo = (test::SourceDir() / "data" / "demo.sdrltk").string();
