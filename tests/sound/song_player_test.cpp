@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 
 #include <memory>
+#include <utility>
 #include <vector>
 
 #include "model/notes.h"
@@ -34,35 +35,36 @@ struct Fixture {
         }
         return -1;
     }
+    std::vector<int> LineLengths(int lines) {
+        std::vector<int> lengths;
+        for (int i = 0; i < lines; ++i) lengths.push_back(TicksOfLine());
+        return lengths;
+    }
+    void Command(int line, uint8_t command, uint8_t param) {
+        Line(0, line).command = command;
+        Line(0, line).commandParam = param;
+    }
+    void ChannelCommand(int line, int channel, uint8_t command, uint8_t param) {
+        Line(0, line).channelCommand[channel] = command;
+        Line(0, line).channelParam[channel] = param;
+    }
 };
 
 TEST(SongPlayerTest, SpeedIsCountedInEighthsOfATick) {
     Fixture f;
-    f.player->Start(0, 0, false);
-    EXPECT_EQ(f.TicksOfLine(), 6);
-    EXPECT_EQ(f.TicksOfLine(), 6);
-
     f.player->SetSpeed(44);
     f.player->Start(0, 0, false);
-    std::vector<int> lengths;
-    for (int i = 0; i < 6; ++i) lengths.push_back(f.TicksOfLine());
-    EXPECT_EQ(lengths, (std::vector<int>{6, 5, 6, 5, 6, 5}));
-
+    EXPECT_EQ(f.LineLengths(6), (std::vector<int>{6, 5, 6, 5, 6, 5}));
     f.player->SetSpeed(12);  // a tick and a half
     f.player->Start(0, 0, false);
-    lengths.clear();
-    for (int i = 0; i < 4; ++i) lengths.push_back(f.TicksOfLine());
-    EXPECT_EQ(lengths, (std::vector<int>{2, 1, 2, 1}));
+    EXPECT_EQ(f.LineLengths(4), (std::vector<int>{2, 1, 2, 1}));
 }
 
 TEST(SongPlayerTest, SetSpeedActsOnItsOwnLineAndOutlivesPlayback) {
     Fixture f;
-    f.Line(0, 1).command = kCommandSP;
-    f.Line(0, 1).commandParam = 16;
+    f.Command(1, kCommandSP, 16);
     f.player->Start(0, 0, false);
-    EXPECT_EQ(f.TicksOfLine(), 6);
-    EXPECT_EQ(f.TicksOfLine(), 2);  // the "SP" line itself is already at the new speed
-    EXPECT_EQ(f.TicksOfLine(), 2);
+    EXPECT_EQ(f.LineLengths(3), (std::vector<int>{6, 2, 2}));  // the "SP" line is already at the new speed
     f.player->Stop();
     f.player->Start(0, 0, false);
     EXPECT_EQ(f.TicksOfLine(), 2);  // playing again keeps the last speed
@@ -140,7 +142,7 @@ TEST(SongPlayerTest, NotesReachTheChip) {
     EXPECT_EQ(chip.Attenuation(0), 3);
     EXPECT_EQ(chip.TonePeriod(1), 0);
     EXPECT_EQ(chip.Attenuation(1), 6);
-    EXPECT_EQ(chip.NoiseRate(), 3);  // "PC2": the noise follows tone channel 2
+    EXPECT_EQ(chip.NoiseRate(), 3);  // "PC2": periodic noise following tone channel 2
     EXPECT_EQ(chip.NoiseWhite(), 0);
     EXPECT_EQ(chip.Attenuation(3), 8);
     EXPECT_TRUE(f.player->GetVoice(0).started);
@@ -152,10 +154,8 @@ TEST(SongPlayerTest, NotesReachTheChip) {
 
 TEST(SongPlayerTest, NotesAChannelCannotPlayFallSilent) {
     Fixture f;
-    f.Note(0, 0, 3, 100);
-    f.Note(0, 0, 1, 248);
-    f.Note(0, 0, 0, 44);
-    f.Note(0, 0, 2, kNoteNull);
+    for (auto [channel, note] : {std::pair{3, 100}, {1, 248}, {0, 44}, {2, int{kNoteNull}}})
+        f.Note(0, 0, channel, static_cast<uint8_t>(note));
     f.player->Start(0, 0, false);
     f.player->Tick();
     for (int c : {0, 1, 3}) {
@@ -166,7 +166,7 @@ TEST(SongPlayerTest, NotesAChannelCannotPlayFallSilent) {
     EXPECT_EQ(f.player->Chip().Attenuation(2), 0);
 }
 
-TEST(SongPlayerTest, EnvelopeSetsTheEffectiveVolume) {
+TEST(SongPlayerTest, EnvelopeSetsTheEffectiveVolumeAndWrapsOnOverflow) {
     Fixture f;
     f.module->instruments[1].startVolume = 128;
     f.Note(0, 0, 0, 60, 15, 1);
@@ -179,18 +179,17 @@ TEST(SongPlayerTest, EnvelopeSetsTheEffectiveVolume) {
     EXPECT_EQ(f.player->GetVoice(2).outputVolume, 6);
     for (int i = 0; i < 100; ++i) f.player->Tick();
     EXPECT_EQ(f.player->GetVoice(2).outputVolume, 6);  // all adds 0: unchanged
-}
 
-TEST(SongPlayerTest, EnvelopeWrapsOnOverflow) {
-    Fixture f;
-    f.module->instruments[0].volumeAdd[0] = 16;
-    f.Note(0, 0, 0, 60, 15);
-    f.player->Start(0, 0, false);
-    f.player->Tick();
-    EXPECT_EQ(f.player->GetVoice(0).outputVolume, 15);
-    EXPECT_EQ(f.player->GetVoice(0).envelope, 15);  // 255 + 16 wrapped
-    f.player->Tick();
-    EXPECT_EQ(f.player->GetVoice(0).outputVolume, 0);
+    // The envelope wraps on overflow.
+    Fixture g;
+    g.module->instruments[0].volumeAdd[0] = 16;
+    g.Note(0, 0, 0, 60, 15);
+    g.player->Start(0, 0, false);
+    g.player->Tick();
+    EXPECT_EQ(g.player->GetVoice(0).outputVolume, 15);
+    EXPECT_EQ(g.player->GetVoice(0).envelope, 15);  // 255 + 16 wrapped
+    g.player->Tick();
+    EXPECT_EQ(g.player->GetVoice(0).outputVolume, 0);
 }
 
 TEST(SongPlayerTest, EnvelopePhasesAndTheHeldLastPhase) {
@@ -208,12 +207,9 @@ TEST(SongPlayerTest, EnvelopePhasesAndTheHeldLastPhase) {
         voice.Update(chip, 0, 0);
         phases.push_back(voice.phase);
     }
-    EXPECT_EQ(phases[0], 0);
-    EXPECT_EQ(phases[1], 1);
-    EXPECT_EQ(phases[4], 2);
-    EXPECT_EQ(phases[4 + 255], 2);  // a delay of 0 lasts 256 ticks
-    EXPECT_EQ(phases[4 + 256], 3);
-    EXPECT_EQ(phases[4 + 257], 3);  // entering phase 4 holds as 3 with phase 4's adds
+    // A delay of 0 lasts 256 ticks; entering phase 4 holds as 3 with phase 4's adds.
+    EXPECT_EQ((std::vector<int>{phases[0], phases[1], phases[4], phases[4 + 255], phases[4 + 256], phases[4 + 257]}),
+              (std::vector<int>{0, 1, 2, 2, 3, 3}));
     EXPECT_EQ(voice.volumeAdd, 5);
     EXPECT_EQ(voice.delayCount, 0);
 }
@@ -235,10 +231,8 @@ TEST(SongPlayerTest, PitchVariationAlternatesLinesAndWrapsAsASignedByte) {
 
     Fixture f;
     f.Note(0, 0, 0, 60);
-    f.Line(0, 0).channelCommand[0] = kChannelCommandPV;
-    f.Line(0, 0).channelParam[0] = 10;
-    f.Line(0, 2).channelCommand[0] = kChannelCommandPV;
-    f.Line(0, 2).channelParam[0] = 0;
+    f.ChannelCommand(0, 0, kChannelCommandPV, 10);
+    f.ChannelCommand(2, 0, kChannelCommandPV, 0);
     f.player->SetSpeed(8);
     f.player->Start(0, 0, false);
     std::vector<int> periods;
@@ -252,10 +246,8 @@ TEST(SongPlayerTest, PitchVariationAlternatesLinesAndWrapsAsASignedByte) {
 TEST(SongPlayerTest, VolumeCommandAndStereoCommand) {
     Fixture f;
     f.Note(0, 0, 1, 60, 15);
-    f.Line(0, 1).channelCommand[1] = kChannelCommandVO;
-    f.Line(0, 1).channelParam[1] = 4;
-    f.Line(0, 1).command = kCommandST;
-    f.Line(0, 1).commandParam = 0x5A;
+    f.ChannelCommand(1, 1, kChannelCommandVO, 4);
+    f.Command(1, kCommandST, 0x5A);
     f.player->SetSpeed(8);
     f.player->Start(0, 0, false);
     f.player->Tick();
