@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <array>
 #include <atomic>
 #include <deque>
@@ -18,42 +19,66 @@ namespace {
 
 namespace fs = std::filesystem;
 
-class FakePlatform;
+// What the fake devices share with the fake platform. Shutdown steps note
+// whether the preferences file has been rewritten by then.
+struct Machine {
+    std::string PreferencesState() const {
+        std::error_code error;
+        if (!fs::exists(preferencesFile, error)) return " (no preferences)";
+        return test::ReadBytes(preferencesFile) == originalPreferences ? " (old preferences)" : " (new preferences)";
+    }
+
+    std::vector<std::string> log;
+    fs::path preferencesFile;
+    std::vector<unsigned char> originalPreferences;
+    MidiDevice::Callback midiSend;
+    std::array<uint8_t, kSoundBufferBytes> sound{};
+    bool soundCreates = true;
+};
 
 // A device that plays as fast as the audio thread asks for its cursor.
 class FakeSoundBuffer : public SoundBuffer {
 public:
-    explicit FakeSoundBuffer(FakePlatform& platform) : platform_(platform) {}
-    bool Create() override;
-    void Release() override;
-    bool Play() override;
+    explicit FakeSoundBuffer(Machine& machine) : m_(machine) {}
+    bool Create() override { return m_.log.push_back("sound create"), m_.soundCreates; }
+    void Release() override { m_.log.push_back("sound release" + m_.PreferencesState()); }
+    bool Play() override { return m_.log.push_back("sound play"), playing_ = true; }
     bool GetPlayCursor(uint32_t& position) override {
         if (playing_) cursor_ = (cursor_ + 256) % kSoundBufferBytes;
         position = cursor_;
         return true;
     }
-    bool Lock(uint32_t offset, uint32_t bytes, SoundBufferRegions& regions) override;
+    bool Lock(uint32_t offset, uint32_t bytes, SoundBufferRegions& regions) override {
+        regions = SplitRegions(m_.sound.data(), kSoundBufferBytes, offset, bytes);
+        return true;
+    }
     void Unlock(const SoundBufferRegions&) override {}
 
 private:
-    FakePlatform& platform_;
+    Machine& m_;
     bool playing_ = false;
     uint32_t cursor_ = 0;
 };
 
 class FakeMidiDevice : public MidiDevice {
 public:
-    explicit FakeMidiDevice(FakePlatform& platform) : platform_(platform) {}
-    bool Open(unsigned deviceId, Callback callback) override;
-    void Close() override;
+    explicit FakeMidiDevice(Machine& machine) : m_(machine) {}
+    bool Open(unsigned deviceId, Callback callback) override {
+        m_.log.push_back("midi open " + std::to_string(deviceId));
+        m_.midiSend = std::move(callback);
+        return true;
+    }
+    void Close() override {
+        m_.log.push_back("midi close" + m_.PreferencesState());
+        m_.midiSend = nullptr;
+    }
 
 private:
-    FakePlatform& platform_;
+    Machine& m_;
 };
 
-// Records what the shell asks of the machine, in order. Shutdown steps note
-// whether the preferences file has been rewritten by then.
-class FakePlatform : public AppPlatform {
+// Records what the shell asks of the machine, in order.
+class FakePlatform : public AppPlatform, public Machine {
 public:
     bool OpenDisplay(bool fullscreen) override {
         log.push_back(fullscreen ? "open display fullscreen" : "open display");
@@ -78,62 +103,18 @@ public:
         if (onFrame) onFrame(frames);
         std::this_thread::sleep_for(std::chrono::milliseconds(1));
     }
-    bool SaveScreenshot(const fs::path& path) override {
-        log.push_back("screenshot " + path.string());
-        return true;
-    }
+    bool SaveScreenshot(const fs::path& path) override { return log.push_back("screenshot " + path.string()), true; }
     std::unique_ptr<SoundBuffer> CreateSoundBuffer() override { return std::make_unique<FakeSoundBuffer>(*this); }
     std::unique_ptr<MidiDevice> CreateMidiDevice() override { return std::make_unique<FakeMidiDevice>(*this); }
     void ShowMessage(const std::string& text) override { log.push_back("message " + text); }
     UtcTime CurrentTime() override { return {2007, 3, 4, 5, 6, 7}; }
 
-    std::string PreferencesState() const {
-        std::error_code error;
-        if (!fs::exists(preferencesFile, error)) return " (no preferences)";
-        return test::ReadBytes(preferencesFile) == originalPreferences ? " (old preferences)" : " (new preferences)";
-    }
-
-    std::vector<std::string> log;
     bool displayOpens = true;
     std::unique_ptr<Gorb_Surface> screen;
     std::deque<Gorb_Event> events;
     std::function<void(long)> onFrame;
     long frames = 0;
-    fs::path preferencesFile;
-    std::vector<unsigned char> originalPreferences;
-    MidiDevice::Callback midiSend;
-    std::array<uint8_t, kSoundBufferBytes> sound{};
-    bool soundCreates = true;
 };
-
-bool FakeSoundBuffer::Create() {
-    platform_.log.push_back("sound create");
-    return platform_.soundCreates;
-}
-
-void FakeSoundBuffer::Release() { platform_.log.push_back("sound release" + platform_.PreferencesState()); }
-
-bool FakeSoundBuffer::Play() {
-    platform_.log.push_back("sound play");
-    playing_ = true;
-    return true;
-}
-
-bool FakeSoundBuffer::Lock(uint32_t offset, uint32_t bytes, SoundBufferRegions& regions) {
-    regions = SplitRegions(platform_.sound.data(), kSoundBufferBytes, offset, bytes);
-    return true;
-}
-
-bool FakeMidiDevice::Open(unsigned deviceId, Callback callback) {
-    platform_.log.push_back("midi open " + std::to_string(deviceId));
-    platform_.midiSend = std::move(callback);
-    return true;
-}
-
-void FakeMidiDevice::Close() {
-    platform_.log.push_back("midi close" + platform_.PreferencesState());
-    platform_.midiSend = nullptr;
-}
 
 AppOptions ExitAfter(long frames, bool playOnStart = false) {
     AppOptions options;
@@ -159,9 +140,7 @@ struct ApplicationTest : ::testing::Test {
         fs::copy_file(test::SourceDir() / "data" / "demo.sdrltk", scratch / "start" / name);
     }
     bool SoundWasHeard() const {
-        for (uint8_t byte : platform.sound)
-            if (byte) return true;
-        return false;
+        return std::any_of(platform.sound.begin(), platform.sound.end(), [](uint8_t byte) { return byte; });
     }
 
     fs::path savedDirectory;
@@ -175,15 +154,10 @@ TEST_F(ApplicationTest, StartsUpAndShutsDownInOrder) {
     Application app(platform, paths, ExitAfter(3));
     EXPECT_EQ(app.Run("/usr/local/bin/sondrel.bin"), 0);
     EXPECT_EQ(app.Frames(), 3);
-    EXPECT_EQ(app.ProgramName(), "sondrel");
     EXPECT_EQ(platform.log, (std::vector<std::string>{"open display fullscreen", "title Sondrel", "midi open 3",
                                                       "sound create", "sound play",
                                                       "sound release (old preferences)",
                                                       "midi close (new preferences)", "close display"}));
-    // A new module: NTSC, divider 1x.
-    EXPECT_EQ(app.CurrentModule().chipType, kChipNtsc);
-    EXPECT_EQ(app.CurrentModule().frequencyDivider, kDivider1x);
-    EXPECT_EQ(app.CurrentModule().patternListLength, 1);
 }
 
 TEST_F(ApplicationTest, PreferencesThatCantBeReadOrWritten) {
@@ -325,23 +299,20 @@ TEST(PlayerFeedback, LineFlagsBecomeRedrawRequestsAndAreCleared) {
     song.Attach(*module);
     AudioMutex mutex;
 
-    song.lineAdvanced = 1;
-    song.linePlayed = 1;
-    PlayerFeedback feedback = TakePlayerFeedback(song, mutex);
-    EXPECT_TRUE(feedback.follow);
-    EXPECT_EQ(feedback.redrawBits, 27u);
-    EXPECT_EQ(song.lineAdvanced, 0);
-    EXPECT_EQ(song.linePlayed, 0);
-
-    song.linePlayed = 1;
-    feedback = TakePlayerFeedback(song, mutex);
-    EXPECT_FALSE(feedback.follow);
-    EXPECT_EQ(feedback.redrawBits, 16u);
-    EXPECT_EQ(song.linePlayed, 0);
-
-    feedback = TakePlayerFeedback(song, mutex);
-    EXPECT_FALSE(feedback.follow);
-    EXPECT_EQ(feedback.redrawBits, 0u);
+    struct Case {
+        int advanced, played;
+        bool follow;
+        unsigned redrawBits;
+    };
+    for (const Case c : {Case{1, 1, true, 27}, Case{0, 1, false, 16}, Case{0, 0, false, 0}}) {
+        song.lineAdvanced = c.advanced;
+        song.linePlayed = c.played;
+        const PlayerFeedback feedback = TakePlayerFeedback(song, mutex);
+        EXPECT_EQ(feedback.follow, c.follow) << c.advanced << c.played;
+        EXPECT_EQ(feedback.redrawBits, c.redrawBits) << c.advanced << c.played;
+        EXPECT_EQ(song.lineAdvanced, 0);
+        EXPECT_EQ(song.linePlayed, 0);
+    }
 }
 
 }  // namespace

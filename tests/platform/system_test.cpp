@@ -4,6 +4,7 @@
 #include <chrono>
 #include <csignal>
 #include <cstdlib>
+#include <optional>
 #include <thread>
 
 #include "model/exception.h"
@@ -17,26 +18,14 @@ namespace sondrel {
 namespace {
 
 // Sets an environment variable for one scope.
-class ScopedEnvironment {
-public:
-    ScopedEnvironment(const char* name, const std::string& value) : name_(name) {
-        const char* old = std::getenv(name);
-        hadOld_ = old != nullptr;
-        if (old) old_ = old;
+struct ScopedEnvironment {
+    ScopedEnvironment(const char* name, const std::string& value) : name(name) {
+        if (const char* old = std::getenv(name)) saved = old;
         setenv(name, value.c_str(), 1);
     }
-    ~ScopedEnvironment() {
-        if (hadOld_) {
-            setenv(name_, old_.c_str(), 1);
-        } else {
-            unsetenv(name_);
-        }
-    }
-
-private:
-    const char* name_;
-    bool hadOld_ = false;
-    std::string old_;
+    ~ScopedEnvironment() { saved ? (void)setenv(name, saved->c_str(), 1) : (void)unsetenv(name); }
+    const char* name;
+    std::optional<std::string> saved;
 };
 
 TEST(FaultTrap, FaultsInsideBecomeExceptionsAndTheTrapCanBeUsedAgain) {
@@ -59,9 +48,6 @@ TEST(FaultTrap, FaultsInsideBecomeExceptionsAndTheTrapCanBeUsedAgain) {
     EXPECT_TRUE(innerCaught);
     // Exceptions of the guarded code pass through unchanged.
     EXPECT_THROW(RunTranslatingFaults([] { throw ParseException("x"); }), ParseException);
-    int ran = 0;
-    RunTranslatingFaults([&] { ++ran; });
-    EXPECT_EQ(ran, 1);
 }
 
 TEST(FaultTrap, AFaultOutsideTheTrapStillKillsTheProcess) {
@@ -69,7 +55,7 @@ TEST(FaultTrap, AFaultOutsideTheTrapStillKillsTheProcess) {
     EXPECT_EXIT(std::raise(SIGILL), ::testing::KilledBySignal(SIGILL), "");
 }
 
-TEST(SdlSoundBuffer, TheDummyDriverMeansSilence) {
+TEST(Devices, AbsentDevicesFailQuietly) {
     ScopedEnvironment driver("SDL_AUDIODRIVER", "dummy");
     SdlSoundBuffer buffer;
     EXPECT_FALSE(buffer.Create());
@@ -77,6 +63,11 @@ TEST(SdlSoundBuffer, TheDummyDriverMeansSilence) {
     EXPECT_FALSE(buffer.GetPlayCursor(cursor));
     SoundBufferRegions regions;
     EXPECT_FALSE(buffer.Lock(0, 1024, regions));
+
+    MidiInputPort port;
+    const auto ports = static_cast<unsigned>(MidiInputPort::PortNames().size());
+    EXPECT_FALSE(port.Open(ports + 7, [](const uint8_t*, std::size_t) {}));
+    EXPECT_FALSE(port.IsOpen());
 }
 
 // The disk driver plays into a file in real time, so the cursor moves as on a sound card.
@@ -97,15 +88,10 @@ TEST(SdlSoundBuffer, TheDeviceLoopsThroughTheBufferAndWritesWhatWasLocked) {
 
     // Fill the whole buffer with one sample value, play, and watch the cursor go round.
     ASSERT_TRUE(buffer.Lock(0, kSoundBufferBytes, regions));
-    for (uint32_t i = 0; i < regions.firstBytes; i += 2) {
-        regions.first[i] = 0x34;
-        regions.first[i + 1] = 0x12;
-    }
+    for (uint32_t i = 0; i < regions.firstBytes; ++i) regions.first[i] = i % 2 ? 0x12 : 0x34;
     buffer.Unlock(regions);
     ASSERT_TRUE(buffer.Play());
-    uint32_t cursor = 0;
-    uint32_t moves = 0;
-    uint32_t last = 0;
+    uint32_t cursor = 0, moves = 0, last = 0;
     for (int wait = 0; wait < 300 && moves < 3; ++wait) {
         std::this_thread::sleep_for(std::chrono::milliseconds(5));
         ASSERT_TRUE(buffer.GetPlayCursor(cursor));
@@ -118,18 +104,7 @@ TEST(SdlSoundBuffer, TheDeviceLoopsThroughTheBufferAndWritesWhatWasLocked) {
 
     const auto raw = test::ReadBytes(dir / "out.raw");
     ASSERT_GE(raw.size(), 2048u);
-    for (size_t i = 0; i + 1 < 2048; i += 2) {
-        ASSERT_EQ(raw[i], 0x34) << i;
-        ASSERT_EQ(raw[i + 1], 0x12) << i;
-    }
-}
-
-TEST(MidiInputPort, APortThatIsNotThereFailsQuietly) {
-    MidiInputPort port;
-    const size_t ports = MidiInputPort::PortNames().size();
-    EXPECT_FALSE(port.Open(static_cast<unsigned>(ports) + 7, [](const uint8_t*, std::size_t) {}));
-    EXPECT_FALSE(port.IsOpen());
-    port.Close();
+    for (size_t i = 0; i < 2048; ++i) ASSERT_EQ(raw[i], i % 2 ? 0x12 : 0x34) << i;
 }
 
 TEST(MessageBox, HeadlessMessagesGoToStandardError) {
