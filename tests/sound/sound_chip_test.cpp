@@ -193,19 +193,6 @@ TEST(SoundChipTest, ToneSoundsAtClockOver32TimesPeriod) {
     }
 }
 
-TEST(SoundChipTest, StereoBitsRouteEachToneChannel) {
-    for (int c = 0; c < 3; ++c) {
-        for (int side = 0; side < 2; ++side) {
-            SoundChip chip;
-            SetTone(chip, c, 200, 0);
-            chip.SetStereo(static_cast<uint8_t>(side == 0 ? 1 << (4 + c) : 1 << c));
-            auto samples = Render(chip, 4);
-            EXPECT_FALSE(SideSilent(samples, side)) << "channel " << c << " side " << side;
-            EXPECT_TRUE(SideSilent(samples, 1 - side)) << "channel " << c << " side " << side;
-        }
-    }
-}
-
 TEST(SoundChipTest, PeriodBelowFourIsAConstantLevelOnTheNoiseStereoBits) {
     for (int period = 0; period < 4; ++period) {
         SoundChip chip;
