@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <initializer_list>
+#include <iterator>
 #include <vector>
 
 #include "app/midi_note_entry.h"
@@ -17,9 +18,8 @@ public:
     explicit FakeMidiDevice(int& closes) : closes(closes) {}
     bool Open(unsigned deviceId, Callback callback) override {
         openedId = static_cast<int>(deviceId);
-        if (!opens) return false;
-        send = std::move(callback);
-        return true;
+        if (opens) send = std::move(callback);
+        return opens;
     }
     void Close() override {
         ++closes;
@@ -40,14 +40,12 @@ struct MidiInTest : ::testing::Test {
     }
 
     void Send(std::initializer_list<uint8_t> bytes) {
-        const std::vector<uint8_t> message(bytes);
-        device->send(message.data(), message.size());
+        device->send(std::data(bytes), bytes.size());
     }
 
     std::vector<MidiEvent> Drain() {
         std::vector<MidiEvent> events;
-        MidiEvent event;
-        while (midi->Pop(event)) events.push_back(event);
+        for (MidiEvent event; midi->Pop(event);) events.push_back(event);
         return events;
     }
 
@@ -76,8 +74,6 @@ TEST_F(MidiInTest, KeepsChannelOneNotesOnceEachWithVelocityZeroAsNoteOff) {
                                                {kMidiNoteOff, 60, 0},
                                                {kMidiNoteOn, 60, 70},
                                                {kMidiNoteOff, 60, 64}}));
-    MidiEvent none;
-    EXPECT_FALSE(midi->Pop(none));
 }
 
 TEST_F(MidiInTest, AFullQueueDropsAndClearEmptiesIt) {
@@ -121,7 +117,7 @@ TEST_F(MidiInTest, ADeviceThatFailsLeavesMidiInOffAndReopeningStartsClean) {
     EXPECT_EQ(closes, 2);
 }
 
-struct MidiNoteEntryTest : ::testing::Test {
+struct MidiNoteEntryTest : MidiInTest {
     MidiNoteEntryTest() {
         module->NewModule({});
         notes.Init(module->Settings());
@@ -136,10 +132,7 @@ struct MidiNoteEntryTest : ::testing::Test {
 };
 
 TEST_F(MidiNoteEntryTest, AChordFillsThreeSlotsFromTheCursorChannelAndAFourthKeyIsIgnored) {
-    On(60);
-    On(64);
-    On(67);
-    On(72);
+    for (uint8_t note : {60, 64, 67, 72}) On(note);
     EXPECT_EQ(entry.ChordSlots(), (std::array<uint8_t, 3>{60, 64, 67}));
     for (int channel = 0; channel < 3; ++channel) EXPECT_TRUE(notes.GetVoice(channel).active) << channel;
     EXPECT_FALSE(notes.GetVoice(3).active);
@@ -157,9 +150,7 @@ TEST_F(MidiNoteEntryTest, AChordFillsThreeSlotsFromTheCursorChannelAndAFourthKey
     // Fewer usable slots, and a cursor further right: channels beyond the
     // pattern take the slot but sound nothing.
     MidiNoteEntry narrow(*module, notes, mutex);
-    narrow.Handle({kMidiNoteOn, 50, 1}, {.cursorChannel = 3, .slotCount = 2});
-    narrow.Handle({kMidiNoteOn, 52, 1}, {.cursorChannel = 3, .slotCount = 2});
-    narrow.Handle({kMidiNoteOn, 53, 1}, {.cursorChannel = 3, .slotCount = 2});
+    for (uint8_t note : {50, 52, 53}) narrow.Handle({kMidiNoteOn, note, 1}, {.cursorChannel = 3, .slotCount = 2});
     EXPECT_EQ(narrow.ChordSlots(), (std::array<uint8_t, 3>{50, 52, kFreeChordSlot}));
     EXPECT_TRUE(notes.GetVoice(3).active);
 }
@@ -174,17 +165,11 @@ TEST_F(MidiNoteEntryTest, WithTheDividerAt2xTheNoteSoundsAnOctaveHigher) {
 }
 
 TEST_F(MidiNoteEntryTest, ResetDropsQueuedEventsAndFreesTheSlots) {
-    int closes = 0;
-    auto device = std::make_unique<FakeMidiDevice>(closes);
-    FakeMidiDevice* fake = device.get();
-    MidiIn midi(std::move(device));
-    midi.Open(0);
+    midi->Open(0);
     On(60);
-    const uint8_t message[] = {0x90, 61, 1};
-    fake->send(message, 3);
-    entry.Reset(midi);
-    MidiEvent event;
-    EXPECT_FALSE(midi.Pop(event));
+    Send({0x90, 61, 1});
+    entry.Reset(*midi);
+    EXPECT_TRUE(Drain().empty());
     EXPECT_EQ(entry.ChordSlots()[0], kFreeChordSlot);
 }
 
