@@ -71,7 +71,7 @@ Preferences Changed() {
 // The written form covers every bound value, so equal texts mean equal settings.
 std::string TextOf(Preferences prefs) { return MakePreferencesConfig(prefs).Text(); }
 
-TEST(PreferencesFile, MissingFileGivesDefaultsWrittenInTheExactLayout) {
+TEST(PreferencesFile, MissingFileGivesDefaultsInTheExactLayoutAndChangedValuesRoundTrip) {
     ScratchDir dir;
     Preferences prefs = Changed();
     Config config = MakePreferencesConfig(prefs);
@@ -80,32 +80,16 @@ TEST(PreferencesFile, MissingFileGivesDefaultsWrittenInTheExactLayout) {
     config.Write(dir / "sondrel.prefs");
     EXPECT_EQ(FileText(dir / "sondrel.prefs"), kDefaultFile);
     EXPECT_EQ(TextOf(Preferences{}), kDefaultFile);
-}
 
-TEST(PreferencesFile, NonDefaultValuesSurviveWriteAndRead) {
-    ScratchDir dir;
     Preferences written = Changed();
     MakePreferencesConfig(written).Write(dir / "sondrel.prefs");
-    Preferences read;
-    Config config = MakePreferencesConfig(read);
     config.Load(dir / "sondrel.prefs");
     EXPECT_TRUE(config.loaded);
-    EXPECT_EQ(TextOf(read), TextOf(written));
+    EXPECT_EQ(TextOf(prefs), TextOf(written));
     EXPECT_THROW(config.Write(dir / "missing" / "sondrel.prefs"), FileIOException);
 }
 
-TEST(PreferencesFile, NumbersAreClampedToTheirRange) {
-    Preferences prefs;
-    Config config = MakePreferencesConfig(prefs);
-    config.LoadText("sound_output { volume = 250 } midi_in { midi_in_device_id = 300 }");
-    EXPECT_EQ(prefs.volume, 100);
-    EXPECT_EQ(prefs.midiInDeviceId, 255);
-    config.LoadText("sound_output { volume = -5 } midi_in { midi_in_device_id = -1 }");
-    EXPECT_EQ(prefs.volume, 0);
-    EXPECT_EQ(prefs.midiInDeviceId, 0);
-}
-
-TEST(PreferencesFile, PartialFilesKeepTheOtherDefaults) {
+TEST(PreferencesFile, PartialFilesKeepTheOtherDefaultsAndNumbersAreClamped) {
     ScratchDir dir;
     WriteText(dir / "sondrel.prefs", "sound_output { volume = 70 }");
     Preferences prefs = Changed();
@@ -122,6 +106,13 @@ TEST(PreferencesFile, PartialFilesKeepTheOtherDefaults) {
         "appeareance { fullscreen = true }\n");
     EXPECT_EQ(TextOf(prefs),
               TextOf({.fullscreen = true, .theme = "x;y", .wrapVolume = true, .pasteDeleteNotes = false}));
+
+    config.LoadText("sound_output { volume = 250 } midi_in { midi_in_device_id = 300 }");
+    EXPECT_EQ(prefs.volume, 100);
+    EXPECT_EQ(prefs.midiInDeviceId, 255);
+    config.LoadText("sound_output { volume = -5 } midi_in { midi_in_device_id = -1 }");
+    EXPECT_EQ(prefs.volume, 0);
+    EXPECT_EQ(prefs.midiInDeviceId, 0);
 }
 
 TEST(PreferencesFile, MalformedFilesFailAndStayUnloaded) {
