@@ -61,36 +61,33 @@ std::string TokenizeFailure(const std::string& text, const std::function<void(To
 }
 
 void HexOn(Tokenizer& t) { t.SetHexNumbers(true); }
+void SemicolonComments(Tokenizer& t) { t.AddLineCommentCharacter(';'); }
+void XmlComments(Tokenizer& t) { t.SetXmlComments(true); }
 
-TEST(TokenizerNumbers, DecimalsFractionsAndSigns) {
+TEST(TokenizerNumbers, DecimalsFractionsSignsAndHexadecimal) {
     EXPECT_EQ(ShapeOf("0 42 2147483647"), "I:0 I:42 I:2147483647 $");
     // Fraction digits beyond the fifth are dropped.
     EXPECT_EQ(ShapeOf("12.345678 .5 5. 0.000019"), "F:12.345670 F:0.500000 F:5.000000 F:0.000010 $");
     // Signs are special characters of their own.
     EXPECT_EQ(ShapeOf("-5 +3 4-2 12)\r\n7"), "C:- I:5 C:+ I:3 I:4 C:- I:2 I:12 C:) \\n I:7 $");
-}
-
-TEST(TokenizerNumbers, HexadecimalForms) {
     EXPECT_EQ(ShapeOf("0x1F 0X1f $ff $FFFFFFFF $ 0x", HexOn), "I:31 I:31 I:255 I:-1 I:0 I:0 $");
     // Without hexadecimal numbers "$" starts a name.
     EXPECT_EQ(ShapeOf("$ff"), "N:$ff $");
 }
 
 TEST(TokenizerText, Failures) {
-    auto semicolon = [](Tokenizer& t) { t.AddLineCommentCharacter(';'); };
-    auto xml = [](Tokenizer& t) { t.SetXmlComments(true); };
     const char* const number = "ReadNumberToken(): Failed";
     EXPECT_EQ(TokenizeFailure("12ab"), number);
     EXPECT_EQ(TokenizeFailure("1.2.3"), number);
     EXPECT_EQ(TokenizeFailure("0x1F"), number);
     EXPECT_EQ(TokenizeFailure("1a", HexOn), number);
     EXPECT_EQ(TokenizeFailure("00x1", HexOn), number);  // "x" only right after a leading 0
-    EXPECT_EQ(TokenizeFailure("5;x", semicolon), number);  // a comment character does not end it
+    EXPECT_EQ(TokenizeFailure("5;x", SemicolonComments), number);  // a comment character does not end it
     EXPECT_EQ(TokenizeFailure("\"abc\ndef\""), "ReadStringToken(): End of line reached");
     EXPECT_EQ(TokenizeFailure("\"abc\r"), "ReadStringToken(): End of line reached");
     EXPECT_EQ(TokenizeFailure("\"abc"), "ReadStringToken(): End of file reached");
-    EXPECT_EQ(TokenizeFailure("<!-- open", xml), "PassUntilXMLCommentEnd(): File end reached");
-    EXPECT_EQ(TokenizeFailure("<!-->", xml), "PassUntilXMLCommentEnd(): File end reached");
+    EXPECT_EQ(TokenizeFailure("<!-- open", XmlComments), "PassUntilXMLCommentEnd(): File end reached");
+    EXPECT_EQ(TokenizeFailure("<!-->", XmlComments), "PassUntilXMLCommentEnd(): File end reached");
 }
 
 TEST(TokenizerText, NamesKeywordsAndStrings) {
@@ -104,22 +101,17 @@ TEST(TokenizerText, NamesKeywordsAndStrings) {
               "K:red=3 K:green=7 N:redx $");
 }
 
-TEST(TokenizerText, LineEndsAndComments) {
+TEST(TokenizerText, LineEndsLineCommentsAndXmlComments) {
     EXPECT_EQ(ShapeOf("a\nb\r\n"), "N:a \\n N:b \\n $");
     EXPECT_EQ(ShapeOf("a\nb\r\n", [](Tokenizer& t) { t.SetLineEndTokens(false); }), "N:a N:b $");
-    auto semicolon = [](Tokenizer& t) { t.AddLineCommentCharacter(';'); };
     // The comment eats a bare line feed, but only the CR of a CR LF.
-    EXPECT_EQ(ShapeOf("a ;note\nb", semicolon), "N:a N:b $");
-    EXPECT_EQ(ShapeOf("a ;note\r\nb", semicolon), "N:a \\n N:b $");
-    EXPECT_EQ(ShapeOf(";only", semicolon), "$");
+    EXPECT_EQ(ShapeOf("a ;note\nb", SemicolonComments), "N:a N:b $");
+    EXPECT_EQ(ShapeOf("a ;note\r\nb", SemicolonComments), "N:a \\n N:b $");
+    EXPECT_EQ(ShapeOf(";only", SemicolonComments), "$");
     // A comment character inside a name or string is part of it.
-    EXPECT_EQ(ShapeOf("ab;c \";x\"", semicolon), "N:ab;c S:;x $");
-}
-
-TEST(TokenizerText, XmlComments) {
-    auto xml = [](Tokenizer& t) { t.SetXmlComments(true); };
-    EXPECT_EQ(ShapeOf("a<!-- x\n<b> -->b", xml), "N:a N:b $");
-    EXPECT_EQ(ShapeOf("<a <!-", xml), "C:< N:a C:< N:! C:- $");
+    EXPECT_EQ(ShapeOf("ab;c \";x\"", SemicolonComments), "N:ab;c S:;x $");
+    EXPECT_EQ(ShapeOf("a<!-- x\n<b> -->b", XmlComments), "N:a N:b $");
+    EXPECT_EQ(ShapeOf("<a <!-", XmlComments), "C:< N:a C:< N:! C:- $");
     EXPECT_EQ(ShapeOf("<!--x-->"), "C:< N:! C:- C:- N:x C:- C:- C:> $");
 }
 
