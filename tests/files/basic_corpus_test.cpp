@@ -9,7 +9,6 @@
 #include <map>
 #include <memory>
 #include <set>
-#include <sstream>
 #include <string>
 
 #include "files/basic_import.h"
@@ -73,10 +72,7 @@ TEST(BasicCorpus, EveryListingImports) {
 
     // What each program must give; the syntax tests and the program whose songs
     // are chained in from other files make little or no music.
-    struct Expected {
-        double minSeconds, maxSeconds;
-        size_t voices;
-    };
+    struct Expected { double minSeconds, maxSeconds; size_t voices; };
     const std::map<std::string, Expected> expected = {
         {"IBM_MUSIC.BAS", {0.0, 1.0, 0}},  // the tunes live in files it chains to
         {"pcbasic_SOUND_syntax_TEST.BAS", {0.0, 1.0, 0}},
@@ -104,10 +100,8 @@ TEST(BasicCorpus, EveryListingImports) {
 
         Shape shape = ShapeOf(*module);
         auto it = expected.find(name);
-        if (it == expected.end()) {
-            ADD_FAILURE() << "a listing without expectations";
-            continue;
-        }
+        if (it == expected.end()) ADD_FAILURE() << "a listing without expectations";
+        if (it == expected.end()) continue;
         EXPECT_GE(shape.seconds, it->second.minSeconds);
         EXPECT_LE(shape.seconds, it->second.maxSeconds);
         EXPECT_EQ(shape.channels.size(), it->second.voices);
@@ -121,11 +115,6 @@ TEST(BasicCorpus, EveryListingImports) {
         }
     }
     EXPECT_EQ(imported, static_cast<int>(expected.size()));
-}
-
-std::vector<uint8_t> ReadFile(const fs::path& path) {
-    auto bytes = test::ReadBytes(path);
-    return std::vector<uint8_t>(bytes.begin(), bytes.end());
 }
 
 // The line numbers of an "ERR ERL" list written by the syntax test itself.
@@ -142,11 +131,7 @@ std::set<int> RefusedLines(const fs::path& path) {
 TEST(BasicCorpus, SkipsTheStatementsBasicRefuses) {
     fs::path dir = BasicCorpus();
     if (dir.empty() || !fs::is_directory(dir)) GTEST_SKIP() << "the shared corpus (../shared/corpus/bas) is absent";
-    struct Case {
-        const char* test;
-        const char* output;
-        std::set<int> ignored;  // lines whose difference is known and kept
-    };
+    struct Case { const char* test; const char* output; std::set<int> ignored; };  // ignored: known differences
     const Case cases[] = {
         // VARPTR$ pointers and array elements are not followed: those strings are skipped.
         {"pcbasic_PLAY_syntax_TEST.BAS", "pcbasic_PLAY_syntax_OUTPUT.TXT", {270, 273, 275, 277, 300, 310}},
@@ -158,7 +143,8 @@ TEST(BasicCorpus, SkipsTheStatementsBasicRefuses) {
     for (const Case& c : cases) {
         SCOPED_TRACE(c.test);
         if (!fs::exists(dir / c.test) || !fs::exists(dir / c.output)) continue;
-        BasicRunResult run = RunBasicProgram(ReadBasicProgram(ReadFile(dir / c.test)));
+        auto bytes = test::ReadBytes(dir / c.test);
+        BasicRunResult run = RunBasicProgram(ReadBasicProgram(std::vector<uint8_t>(bytes.begin(), bytes.end())));
         std::set<int> skipped(run.skippedLines.begin(), run.skippedLines.end());
         std::set<int> refused = RefusedLines(dir / c.output);
         for (int line : c.ignored) skipped.erase(line), refused.erase(line);

@@ -21,9 +21,8 @@ using Bytes = std::vector<unsigned char>;
 
 std::vector<fs::path> CorpusFiles(const std::string& folder) {
     std::vector<fs::path> files;
-    for (const auto& entry : fs::directory_iterator(test::CorpusDir() / folder)) {
+    for (const auto& entry : fs::directory_iterator(test::CorpusDir() / folder))
         if (entry.is_regular_file()) files.push_back(entry.path());
-    }
     std::sort(files.begin(), files.end());
     return files;
 }
@@ -38,12 +37,10 @@ Imported Summarise(const Module& m) {
     for (int i = 0; i < m.patternListLength; ++i) {
         const Pattern& pattern = m.patterns[m.patternList[i]];
         result.lines += pattern.length;
-        for (int l = 0; l < pattern.length; ++l) {
-            for (int c = 0; c < kToneChannels; ++c) {
-                int note = pattern.lines[l].note[c];
-                if (note <= 155 && pattern.lines[l].volume[c] > 0) ++result.sounding[note];
-            }
-        }
+        for (int l = 0; l < pattern.length; ++l)
+            for (int c = 0; c < kToneChannels; ++c)
+                if (int note = pattern.lines[l].note[c]; note <= 155 && pattern.lines[l].volume[c] > 0)
+                    ++result.sounding[note];
     }
     return result;
 }
@@ -74,9 +71,8 @@ TEST(CorpusImport, ModFilesImportOrAreRefusedForTheirHeaders) {
         Imported imported = Summarise(*module);
         EXPECT_TRUE(imported.lines > 20 * 50 && imported.lines < 5 * 60 * 50) << imported.lines;  // a tune's length
         EXPECT_EQ(imported.sounding.empty(), !hasSamples);
-        for (auto [note, count] : imported.sounding) {
+        for (auto [note, count] : imported.sounding)
             EXPECT_TRUE(note >= 48 && note <= 108) << note;  // Amiga periods 856..113 lie in between
-        }
     }
     for (const fs::path& path : CorpusFiles("mod/negative")) {
         auto module = std::make_unique<Module>();
@@ -91,9 +87,8 @@ double ManifestSeconds(const std::string& name) {
     static const std::regex kSeconds(R"(; (\d+\.\d) s( \(by waits (\d+\.\d) s\))?;)");
     std::smatch match;
     for (std::string line; std::getline(manifest, line);) {
-        if (line.rfind("vgm/" + name + "\t", 0) == 0 && std::regex_search(line, match, kSeconds)) {
+        if (line.rfind("vgm/" + name + "\t", 0) == 0 && std::regex_search(line, match, kSeconds))
             return std::stod(match[3].matched ? match[3].str() : match[1].str());
-        }
     }
     return -1;
 }

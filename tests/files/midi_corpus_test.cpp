@@ -22,15 +22,8 @@ namespace {
 
 namespace fs = std::filesystem;
 
-struct Onset {
-    double line;
-    int note;
-};
-
-struct FileNote {
-    double start, end;  // in lines
-    int note;           // folded into the tone range as the importer does
-};
+struct Onset { double line; int note; };
+struct FileNote { double start, end; int note; };  // in lines; the note folded into the tone range
 
 // The sidecar's "pitch start end" lines, times in seconds; the releases also sorted on their own.
 void ReadSidecar(const fs::path& path, std::vector<FileNote>& notes, std::vector<double>& ends) {
