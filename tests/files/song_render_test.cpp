@@ -52,7 +52,7 @@ TEST(SongRenderTest, OneLoopWritesAWholeSongAsAValidWav) {
     EXPECT_TRUE(sound);
 }
 
-TEST(SongRenderTest, LoopsSecondsAndVolumeLimits) {
+TEST(SongRenderTest, LoopsSecondsAndVolumeLimitsAndRefusals) {
     test::ScratchDir dir;
     auto module = ShortSong();
     EXPECT_EQ(RenderSongToWav(*module, dir / "b.wav", {3, 0.0, 50}).ticks, 3u * 24);
@@ -70,12 +70,9 @@ TEST(SongRenderTest, LoopsSecondsAndVolumeLimits) {
 
     module->chipType = kChipPal;
     EXPECT_EQ(RenderSongToWav(*module, dir / "f.wav", {0, 1.0, 50}).frames, 50u * 882);
-}
 
-TEST(SongRenderTest, FailuresAreReported) {
-    auto module = ShortSong();
+    // No limit at all, and a directory that does not exist, are refused.
     EXPECT_THROW(RenderSongToWav(*module, "/nonexistent-dir/x.wav", {}), FileIOException);
-    test::ScratchDir dir;
     EXPECT_THROW(RenderSongToWav(*module, dir / "x.wav", {0, 0.0, 50}), Exception);
 }
 
