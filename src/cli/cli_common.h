@@ -11,7 +11,7 @@
 #include <vector>
 
 #include "cli/cli_options.h"
-#include "files/importers.h"
+#include "files/import/importers.h"
 #include "files/module_file.h"
 #include "model/module.h"
 

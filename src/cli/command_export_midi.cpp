@@ -8,7 +8,7 @@
 
 #include "cli/cli_common.h"
 #include "files/general_midi.h"
-#include "files/midi_export.h"
+#include "files/export/midi_export.h"
 #include "model/exception.h"
 
 namespace sondrel::cli {

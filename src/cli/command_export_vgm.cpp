@@ -5,7 +5,7 @@
 #include <vector>
 
 #include "cli/cli_common.h"
-#include "files/vgm_export.h"
+#include "files/export/vgm_export.h"
 #include "model/exception.h"
 #include "sound/song_time.h"
 

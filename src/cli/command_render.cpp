@@ -7,7 +7,7 @@
 #include <vector>
 
 #include "cli/cli_common.h"
-#include "files/song_render.h"
+#include "files/export/song_render.h"
 #include "model/exception.h"
 #include "sound/song_time.h"
 

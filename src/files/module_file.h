@@ -6,7 +6,7 @@
 #include <cstdio>
 #include <string>
 
-#include "files/importers.h"
+#include "files/import/importers.h"
 #include "model/module.h"
 
 namespace sondrel {

@@ -13,7 +13,7 @@
 #include <string>
 
 #include "files/module_file.h"
-#include "files/song_render.h"
+#include "files/export/song_render.h"
 #include "platform/gorb.h"
 #include "test_support.h"
 

@@ -11,11 +11,11 @@
 #include <set>
 #include <string>
 
-#include "files/basic_import.h"
-#include "files/basic_interpreter.h"
-#include "files/basic_listing.h"
+#include "files/basic/basic_import.h"
+#include "files/basic/basic_interpreter.h"
+#include "files/basic/basic_listing.h"
 #include "files/file_stream.h"
-#include "files/importers.h"
+#include "files/import/importers.h"
 #include "model/notes.h"
 #include "test_support.h"
 

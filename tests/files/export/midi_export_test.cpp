@@ -9,7 +9,7 @@
 #include <string>
 #include <vector>
 
-#include "files/midi_export.h"
+#include "files/export/midi_export.h"
 #include "export_test_modules.h"
 #include "model/exception.h"
 #include "model/notes.h"

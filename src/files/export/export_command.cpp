@@ -1,6 +1,6 @@
-#include "files/export_command.h"
+#include "files/export/export_command.h"
 
-#include "files/vgm_export.h"
+#include "files/export/vgm_export.h"
 #include "model/exception.h"
 
 namespace sondrel {

@@ -1,4 +1,4 @@
-#include "files/basic_lexer.h"
+#include "files/basic/basic_lexer.h"
 
 #include <cctype>
 #include <cmath>

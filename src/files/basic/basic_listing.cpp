@@ -1,4 +1,4 @@
-#include "files/basic_listing.h"
+#include "files/basic/basic_listing.h"
 
 #include <algorithm>
 #include <cmath>

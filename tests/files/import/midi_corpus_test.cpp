@@ -12,7 +12,7 @@
 #include <vector>
 
 #include "files/file_stream.h"
-#include "files/importers.h"
+#include "files/import/importers.h"
 #include "model/exception.h"
 #include "model/notes.h"
 #include "test_support.h"

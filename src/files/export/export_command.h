@@ -6,7 +6,7 @@
 #include <string>
 #include <vector>
 
-#include "files/midi_export.h"
+#include "files/export/midi_export.h"
 #include "model/module.h"
 
 namespace sondrel {

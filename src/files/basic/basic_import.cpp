@@ -1,4 +1,4 @@
-#include "files/basic_import.h"
+#include "files/basic/basic_import.h"
 
 #include <algorithm>
 #include <array>
@@ -6,9 +6,9 @@
 #include <filesystem>
 #include <vector>
 
-#include "files/basic_interpreter.h"
-#include "files/basic_listing.h"
-#include "files/importers.h"
+#include "files/basic/basic_interpreter.h"
+#include "files/basic/basic_listing.h"
+#include "files/import/importers.h"
 #include "model/exception.h"
 #include "model/notes.h"
 

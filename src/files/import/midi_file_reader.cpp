@@ -1,4 +1,4 @@
-#include "files/midi_file_reader.h"
+#include "files/import/midi_file_reader.h"
 
 #include <cstring>
 #include <utility>

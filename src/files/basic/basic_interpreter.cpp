@@ -1,4 +1,4 @@
-#include "files/basic_interpreter.h"
+#include "files/basic/basic_interpreter.h"
 
 #include <algorithm>
 #include <array>
@@ -10,8 +10,8 @@
 #include <set>
 #include <string>
 
-#include "files/basic_lexer.h"
-#include "files/basic_music_macro.h"
+#include "files/basic/basic_lexer.h"
+#include "files/basic/basic_music_macro.h"
 
 namespace sondrel {
 

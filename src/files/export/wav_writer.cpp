@@ -1,4 +1,4 @@
-#include "files/wav_writer.h"
+#include "files/export/wav_writer.h"
 
 #include <cstring>
 

@@ -1,4 +1,4 @@
-#include "files/basic_music_macro.h"
+#include "files/basic/basic_music_macro.h"
 
 #include <cctype>
 #include <cmath>

@@ -10,10 +10,10 @@
 
 #include <optional>
 
-#include "files/basic_import.h"
-#include "files/midi_import.h"
-#include "files/mod_import.h"
-#include "files/vgm_import.h"
+#include "files/basic/basic_import.h"
+#include "files/import/midi_import.h"
+#include "files/import/mod_import.h"
+#include "files/import/vgm_import.h"
 
 namespace sondrel {
 

@@ -2,8 +2,8 @@
 
 #include <memory>
 
-#include "files/song_render.h"
-#include "files/wav_writer.h"
+#include "files/export/song_render.h"
+#include "files/export/wav_writer.h"
 #include "model/exception.h"
 #include "test_support.h"
 

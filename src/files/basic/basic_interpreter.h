@@ -10,7 +10,7 @@
 #include <cstdint>
 #include <vector>
 
-#include "files/basic_listing.h"
+#include "files/basic/basic_listing.h"
 
 namespace sondrel {
 

@@ -1,4 +1,4 @@
-#include "files/mod_import.h"
+#include "files/import/mod_import.h"
 
 #include <algorithm>
 #include <array>
@@ -7,7 +7,7 @@
 #include <memory>
 #include <optional>
 
-#include "files/importers.h"
+#include "files/import/importers.h"
 #include "model/exception.h"
 #include "model/notes.h"
 

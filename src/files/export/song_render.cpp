@@ -1,10 +1,10 @@
-#include "files/song_render.h"
+#include "files/export/song_render.h"
 
 #include <algorithm>
 #include <memory>
 #include <vector>
 
-#include "files/wav_writer.h"
+#include "files/export/wav_writer.h"
 #include "model/exception.h"
 #include "sound/song_player.h"
 #include "sound/song_time.h"

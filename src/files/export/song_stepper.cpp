@@ -1,4 +1,4 @@
-#include "files/song_stepper.h"
+#include "files/export/song_stepper.h"
 
 #include "model/notes.h"
 

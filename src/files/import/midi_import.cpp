@@ -1,4 +1,4 @@
-#include "files/midi_import.h"
+#include "files/import/midi_import.h"
 
 #include <algorithm>
 #include <cmath>
@@ -8,8 +8,8 @@
 #include <vector>
 
 #include "files/general_midi.h"
-#include "files/importers.h"
-#include "files/midi_file_reader.h"
+#include "files/import/importers.h"
+#include "files/import/midi_file_reader.h"
 #include "model/exception.h"
 #include "model/notes.h"
 

@@ -1,9 +1,9 @@
-#include "files/vgm_export.h"
+#include "files/export/vgm_export.h"
 
 #include <array>
 
 #include "files/file_stream.h"
-#include "files/song_stepper.h"
+#include "files/export/song_stepper.h"
 #include "model/exception.h"
 
 namespace sondrel {

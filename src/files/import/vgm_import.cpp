@@ -1,4 +1,4 @@
-#include "files/vgm_import.h"
+#include "files/import/vgm_import.h"
 
 #include <zlib.h>
 
@@ -9,7 +9,7 @@
 #include <optional>
 #include <vector>
 
-#include "files/importers.h"
+#include "files/import/importers.h"
 #include "model/exception.h"
 #include "model/notes.h"
 #include "sound/sound_chip.h"

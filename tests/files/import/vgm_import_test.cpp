@@ -5,7 +5,7 @@
 #include <memory>
 #include <tuple>
 
-#include "files/importers.h"
+#include "files/import/importers.h"
 #include "model/exception.h"
 #include "model/notes.h"
 #include "test_support.h"

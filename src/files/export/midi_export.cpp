@@ -1,9 +1,9 @@
-#include "files/midi_export.h"
+#include "files/export/midi_export.h"
 
 #include <cstdio>
 
 #include "files/file_stream.h"
-#include "files/song_stepper.h"
+#include "files/export/song_stepper.h"
 #include "model/exception.h"
 #include "model/notes.h"
 

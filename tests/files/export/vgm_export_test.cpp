@@ -7,8 +7,8 @@
 #include <vector>
 
 #include "export_test_modules.h"
-#include "files/song_render.h"
-#include "files/vgm_export.h"
+#include "files/export/song_render.h"
+#include "files/export/vgm_export.h"
 #include "model/exception.h"
 #include "sound/song_player.h"
 #include "sound/song_time.h"

@@ -7,8 +7,8 @@
 #include <vector>
 
 #include "export_test_modules.h"
-#include "files/export_command.h"
-#include "files/vgm_export.h"
+#include "files/export/export_command.h"
+#include "files/export/vgm_export.h"
 #include "model/exception.h"
 #include "test_support.h"
 
