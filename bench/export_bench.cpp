@@ -7,9 +7,9 @@
 #include <memory>
 #include <string>
 
-#include "files/midi_export.h"
+#include "files/export/midi_export.h"
 #include "files/module_file.h"
-#include "files/vgm_export.h"
+#include "files/export/vgm_export.h"
 #include "sound/song_time.h"
 
 namespace sondrel {

@@ -10,7 +10,7 @@
 #include <filesystem>
 #include <string>
 
-#include "files/importers.h"
+#include "files/import/importers.h"
 
 namespace sondrel::fuzz {
 
