@@ -138,8 +138,8 @@ void Tokenizer::ReadString(Token& token) {
     token.text = text_.substr(start, offset_ - 1 - start);
 }
 
-// The first character is a digit, "$" (hexadecimal) or "." (a float with
-// integer part 0). Values wrap around in 32 bits. Only five fraction digits
+// The first character is a digit, "$" (hexadecimal) or "." (a float whose
+// whole-number part is zero). Values wrap around in 32 bits. Only five fraction digits
 // count; later ones are read and dropped.
 void Tokenizer::ReadNumber(char first, Token& token) {
     const std::size_t start = offset_ - 1;
