@@ -76,14 +76,25 @@ AppOptions AppOptionsFromEnvironment() {
     options.exitAfterFrames = EnvironmentNumber("SONDREL_EXIT_AFTER_FRAMES");
     options.faultAfterFrames = EnvironmentNumber("SONDREL_FAULT_AFTER_FRAMES");
     options.playOnStart = EnvironmentNumber("SONDREL_PLAY_ON_START") != 0;
-    if (const char* screenshot = std::getenv("SONDREL_SCREENSHOT")) options.screenshot = screenshot;
+    // The program works in its data directory: a relative name is taken from where it started.
+    if (const char* screenshot = std::getenv("SONDREL_SCREENSHOT")) {
+        std::error_code error;
+        options.screenshot = std::filesystem::absolute(screenshot, error);
+        if (error) options.screenshot = screenshot;
+    }
     return options;
 }
 
 AppPaths CurrentAppPaths() {
     AppPaths paths;
-    paths.programDirectory = ProgramDirectory();
-    paths.preferencesDirectory = PreferencesDirectoryFor(paths.programDirectory);
+    const std::filesystem::path program = ProgramDirectory();
+    paths.dataDirectory = DataDirectoryFor(program);
+    if (paths.dataDirectory.empty()) {
+        std::fprintf(stderr, "%s: the runtime files are neither in %s nor in its ../share/sondrel\n", kProgramTitle,
+                     program.c_str());
+        paths.dataDirectory = program;
+    }
+    paths.preferencesDirectory = PreferencesDirectoryFor(program);
     std::error_code error;
     paths.startDirectory = std::filesystem::current_path(error);
     return paths;
@@ -105,7 +116,7 @@ int Application::Run(const std::string& commandLine) {
 
     try {
         RunTranslatingFaults([&] {
-            ChangeDirectory(paths_.programDirectory);
+            ChangeDirectory(paths_.dataDirectory);
             if (arguments.size() > 1) {
                 ChangeDirectory(paths_.startDirectory);
                 LoadModule(arguments[1]);
@@ -126,7 +137,7 @@ bool Application::StartUp() {
     audioMutex_ = std::make_unique<AudioMutex>();
     config_ = std::make_unique<Config>(MakePreferencesConfig(prefs_));
 
-    ChangeDirectory(paths_.programDirectory);
+    ChangeDirectory(paths_.dataDirectory);
     try {
         LoadPreferences(*config_, prefs_, PreferencesFile());
     } catch (const Exception&) {
@@ -219,7 +230,7 @@ void Application::SaveCrashModule(const std::exception& error) {
 
     const std::string name = CrashFileName(platform_.CurrentTime());
     platform_.ShowMessage(CrashMessage(name));
-    ChangeDirectory(paths_.programDirectory);
+    ChangeDirectory(paths_.dataDirectory);
     try {
         SaveModule(*module_, (paths_.preferencesDirectory / name).string());
     } catch (const Exception& failure) {
@@ -235,7 +246,7 @@ void Application::ShutDown() {
         audioMutex_.reset();
 
         if (config_ && config_->loaded) {
-            ChangeDirectory(paths_.programDirectory);
+            ChangeDirectory(paths_.dataDirectory);
             try {
                 config_->Write(PreferencesFile());
             } catch (const FileIOException&) {

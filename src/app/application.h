@@ -56,11 +56,12 @@ struct AppOptions {
 AppOptions AppOptionsFromEnvironment();
 
 struct AppPaths {
-    std::filesystem::path programDirectory;      // the program's own files
+    std::filesystem::path dataDirectory;         // the runtime files; the current directory while running
     std::filesystem::path preferencesDirectory;  // "sondrel.prefs" and crash files
     std::filesystem::path startDirectory;        // command-line files are relative to it
 };
-// The running program's directories and the current directory.
+// The running program's directories and the current directory. Says on
+// stderr when the runtime files can't be found.
 AppPaths CurrentAppPaths();
 
 class Application {
