@@ -6,11 +6,13 @@ BUILD_FUZZ   ?= build-fuzz
 FUZZ_SECONDS ?= 30
 JOBS         ?= $(shell nproc)
 CMAKE_FLAGS  ?=
+PREFIX       ?= /usr/local
+ICON_SIZES   ?= 64 256
 
 export SDL_VIDEODRIVER ?= offscreen
 export SDL_AUDIODRIVER ?= dummy
 
-.PHONY: all deps configure build run demo test test-sanitize bench fuzz clean
+.PHONY: all deps configure build run demo icon install test test-sanitize bench fuzz clean
 
 all: build
 
@@ -35,6 +37,18 @@ run: build
 # Rebuilds the committed demo song from tools/make_demo.cpp.
 demo: build
 	$(BUILD)/bin/make-demo data/demo.sdrltk
+
+# Redraws the committed icons from tools/make_icon.cpp, one per size.
+icon: build
+	for size in $(ICON_SIZES); do \
+		mkdir -p desktop/icons/$${size}x$${size}/apps && \
+		$(BUILD)/bin/make-icon $$size desktop/icons/$${size}x$${size}/apps/sondrel.png || exit 1; \
+	done
+
+# Builds, then installs the programs, their runtime files, the desktop entry,
+# the icons and the manual page below PREFIX (DESTDIR is honoured too).
+install: build
+	cmake --install $(BUILD) --prefix $(PREFIX)
 
 test: build
 	cd $(BUILD) && ctest --output-on-failure -j $(JOBS)
