@@ -12,7 +12,7 @@ namespace sondrel {
 
 namespace {
 
-// Longest full path the directory entries may resolve to.
+// Full paths are recorded only when shorter than this.
 constexpr std::size_t kMaxFullPath = 1024;
 
 ConfigEntry ValueEntry(std::string name, int type, ConfigEntry::Binding bound) {
@@ -187,11 +187,15 @@ struct FileCloser {
 };
 using File = std::unique_ptr<std::FILE, FileCloser>;
 
-void ResolveFullPath(std::string& directory) {
-    if (directory.empty()) return;
-    std::error_code error;
-    const std::string full = std::filesystem::absolute(directory, error).string();
-    if (!error && full.size() < kMaxFullPath) directory = full;
+// A quoted string is read up to the next double quote and must not run
+// over a line end, so those characters can't be written into one.
+bool FitsQuotedString(std::string_view text) { return text.find_first_of("\"\n\r") == std::string_view::npos; }
+
+bool RecordPath(std::string& entry, const std::filesystem::path& path) {
+    std::string full = FullPreferencePath(path);
+    if (full.empty()) return false;
+    entry = std::move(full);
+    return true;
 }
 
 }  // namespace
@@ -341,8 +345,43 @@ Config MakePreferencesConfig(Preferences& prefs) {
 
 void LoadPreferences(Config& config, Preferences& prefs, const std::filesystem::path& path) {
     config.Load(path);
-    ResolveFullPath(prefs.lastModuleDir);
-    ResolveFullPath(prefs.lastExportDir);
+    // An entry without a full form stays as the file had it.
+    RecordModuleDirectory(prefs, prefs.lastModuleDir);
+    RecordExportDirectory(prefs, prefs.lastExportDir);
+}
+
+std::string FullPreferencePath(const std::filesystem::path& path) {
+    if (path.empty()) return {};
+    // Made absolute first: a relative path none of whose parts exist would
+    // otherwise stay relative.
+    std::error_code error;
+    std::filesystem::path full = std::filesystem::absolute(path, error);
+    if (!error) full = std::filesystem::weakly_canonical(full, error);
+    if (error) return {};
+    // The part that doesn't exist yet keeps a trailing separator it was given.
+    if (!full.has_filename() && full.has_relative_path()) full = full.parent_path();
+    std::string text = full.string();
+    if (text.size() >= kMaxFullPath || !FitsQuotedString(text)) return {};
+    return text;
+}
+
+bool RecordModuleDirectory(Preferences& prefs, const std::filesystem::path& directory) {
+    return RecordPath(prefs.lastModuleDir, directory);
+}
+
+bool RecordExportDirectory(Preferences& prefs, const std::filesystem::path& directory) {
+    return RecordPath(prefs.lastExportDir, directory);
+}
+
+bool RecordRecentModule(Preferences& prefs, const std::filesystem::path& module) {
+    std::string full = FullPreferencePath(module);
+    if (full.empty()) return false;
+    auto& recent = prefs.lastModules;
+    auto slot = std::find(recent.begin(), recent.end(), full);
+    if (slot == recent.end()) slot = recent.end() - 1;
+    std::rotate(recent.begin(), slot, slot + 1);
+    recent.front() = std::move(full);
+    return true;
 }
 
 }  // namespace sondrel

@@ -99,7 +99,24 @@ std::vector<std::string> PreferencesHeader();
 Config MakePreferencesConfig(Preferences& prefs);
 
 // Loads the preferences file and then turns the two directory entries into
-// full paths, resolved against the current directory.
+// their full form (see FullPreferencePath), resolved against the current
+// directory; an entry whose full form can't be recorded is left as it is.
 void LoadPreferences(Config& config, Preferences& prefs, const std::filesystem::path& path);
+
+// The form in which paths are recorded: absolute, without "." or ".." parts
+// or a trailing separator, symbolic links resolved as far as the path
+// exists. Empty when the path can't be resolved, when the result is 1024
+// characters or longer, or when the file's quoted strings can't carry it (a
+// double quote or a line break), so that a recorded path always loads back.
+std::string FullPreferencePath(const std::filesystem::path& path);
+
+// What the editor records after its file requesters. Each stores the full
+// form and answers true, or answers false and keeps the previous value when
+// the path has no full form.
+bool RecordModuleDirectory(Preferences& prefs, const std::filesystem::path& directory);
+bool RecordExportDirectory(Preferences& prefs, const std::filesystem::path& directory);
+// Puts the module first in the recent list; an entry already there moves up
+// to the front, otherwise the oldest drops off the end.
+bool RecordRecentModule(Preferences& prefs, const std::filesystem::path& module);
 
 }  // namespace sondrel

@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <array>
 #include <filesystem>
 #include <string>
 
@@ -148,16 +149,53 @@ TEST(PreferencesFile, QuotesInStringsAreWrittenAsTheyAre) {
     EXPECT_FALSE(config.loaded);
 }
 
-TEST(PreferencesFile, DirectoriesResolveToFullPaths) {
+TEST(PreferencesFile, RecordedPathsAreFullAlwaysLoadBackAndKeepTheRecentListInOrder) {
+    namespace fs = std::filesystem;
     ScratchDir dir;
-    WriteText(dir / "sondrel.prefs",
-              "files_and_directories { last_module_dir = \"songs\" last_module1 = \"a.sdrltk\" }");
+    const fs::path root = fs::canonical(dir.Path());
+    fs::create_directories(root / "songs" / "old");
+    const fs::path odd = root / "say \"hi\"";
+    fs::create_directories(odd);
+    fs::create_directory_symlink(odd, root / "link");
+
     Preferences prefs;
-    Config config = MakePreferencesConfig(prefs);
-    LoadPreferences(config, prefs, dir / "sondrel.prefs");
-    EXPECT_EQ(prefs.lastModuleDir, (std::filesystem::current_path() / "songs").string());
-    EXPECT_EQ(prefs.lastExportDir, "");
-    EXPECT_EQ(prefs.lastModules[0], "a.sdrltk");
+    EXPECT_TRUE(RecordModuleDirectory(prefs, root / "songs" / "old" / ".." / "."));
+    EXPECT_TRUE(RecordExportDirectory(prefs, root / "songs" / "old" / ""));
+    EXPECT_TRUE(RecordRecentModule(prefs, root / "songs" / "." / "a.sdrltk"));
+    // Paths the file's quoted strings can't carry, or too long: the previous values stay.
+    EXPECT_FALSE(RecordExportDirectory(prefs, odd));
+    EXPECT_FALSE(RecordModuleDirectory(prefs, root / "link"));
+    EXPECT_FALSE(RecordRecentModule(prefs, odd / "b.sdrltk"));
+    EXPECT_FALSE(RecordRecentModule(prefs, root / "two\nlines.sdrltk"));
+    EXPECT_FALSE(RecordModuleDirectory(prefs, root / std::string(1024, 'x')));
+    MakePreferencesConfig(prefs).Write(dir / "sondrel.prefs");
+
+    Preferences loaded;
+    Config config = MakePreferencesConfig(loaded);
+    LoadPreferences(config, loaded, dir / "sondrel.prefs");
+    EXPECT_TRUE(config.loaded);
+    EXPECT_EQ(loaded.lastModuleDir, (root / "songs").string());
+    EXPECT_EQ(loaded.lastExportDir, (root / "songs" / "old").string());
+    EXPECT_EQ(loaded.lastModules[0], (root / "songs" / "a.sdrltk").string());
+    EXPECT_EQ(loaded.lastModules[1], "");
+
+    // The loader resolves directories against the current directory and
+    // leaves one whose full form couldn't be written back as the file had it.
+    WriteText(dir / "sondrel.prefs", "files_and_directories { last_module_dir = \"songs\" last_export_dir = \"" +
+                                         (root / "link").string() + "\" last_module1 = \"a.sdrltk\" }");
+    LoadPreferences(config, loaded, dir / "sondrel.prefs");
+    EXPECT_EQ(loaded.lastModuleDir, (fs::current_path() / "songs").string());
+    EXPECT_EQ(loaded.lastExportDir, (root / "link").string());
+    EXPECT_EQ(loaded.lastModules[0], "a.sdrltk");
+
+    // Newest first, at most ten, and a module already listed moves to the front.
+    const auto song = [&](int n) { return (root / "gone" / std::to_string(n)).string(); };
+    Preferences recent;
+    for (int i = 1; i <= 11; ++i) RecordRecentModule(recent, song(i));
+    RecordRecentModule(recent, root / "gone" / "5" / ".." / "7");
+    const std::array<std::string, kRecentModules> expected{song(7), song(11), song(10), song(9), song(8),
+                                                           song(6), song(5),  song(4),  song(3), song(2)};
+    EXPECT_EQ(recent.lastModules, expected);
 }
 
 // The generic parts that the shipped schema does not use: integers,
