@@ -12,6 +12,7 @@
 #include "files/module_file.h"
 #include "model/exception.h"
 #include "model/notes.h"
+#include "model/storable_text.h"
 #include "platform/fault_trap.h"
 #include "platform/program_dirs.h"
 #include "sound/audio_output.h"
@@ -232,6 +233,8 @@ void Application::SaveCrashModule(const std::exception& error) {
     platform_.ShowMessage(CrashMessage(name));
     ChangeDirectory(paths_.dataDirectory);
     try {
+        // The crash save must not be refused for a text the file can't hold.
+        MakeModuleTextsStorable(*module_);
         SaveModule(*module_, (paths_.preferencesDirectory / name).string());
     } catch (const Exception& failure) {
         std::fprintf(stderr, "%s: %s\n", kProgramTitle, failure.what());

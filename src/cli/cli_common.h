@@ -14,6 +14,7 @@
 #include "files/import/importers.h"
 #include "files/module_file.h"
 #include "model/module.h"
+#include "model/storable_text.h"
 
 namespace sondrel::cli {
 
@@ -55,6 +56,10 @@ public:
     std::optional<VgmImportOptions> ChooseVgmOptions(const VgmImportOptions& proposal) override;
     std::optional<MidiImportOptions> ChooseMidiOptions(const MidiImportOptions& proposal) override;
     std::optional<BasicImportOptions> ChooseBasicOptions(const BasicImportOptions& proposal) override;
+    void TextsChanged(const std::vector<TextChange>& changes) override { textChanges_ = changes; }
+
+    // What the last import changed in the texts so that the module file holds them.
+    const std::vector<TextChange>& TextChanges() const { return textChanges_; }
 
     // The kind named by --as, or Unknown to let the file's content decide.
     FileKind ForcedKind() const { return forcedKind_; }
@@ -72,6 +77,8 @@ protected:
     std::optional<int> linesPerBeat_;
     // BASIC: the six instrument slots.
     std::optional<std::array<uint8_t, 6>> basicInstruments_;
+
+    std::vector<TextChange> textChanges_;
 };
 
 // Loads any loadable file into a new module; a failure becomes "Couldn't load module.".

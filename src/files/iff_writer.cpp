@@ -74,6 +74,13 @@ void IFFWriter::WriteString(std::string_view text) {
     Advanced();
 }
 
+std::string WhyStringWontReadBack(std::string_view text) {
+    if (text.find('0') != std::string_view::npos) return "it holds the digit 0";
+    const size_t length = text.size();
+    if (length < 128 || (length <= 0xFFFF && (length & 0xFF) >= 128)) return {};
+    return "a text of " + std::to_string(length) + " characters does not load back";
+}
+
 void IFFWriter::WriteBlockHeader(std::string_view id, uint32_t size, bool sizeGiven) {
     if (id.size() != 4) throw InternalException("IFFWriter::StartBlock(): Bad identifier");
     Align();

@@ -53,4 +53,10 @@ private:
     std::vector<std::pair<uint32_t, uint32_t>> blocks_;
 };
 
+// Why IFFParser::ReadString would not give back a text as WriteString writes
+// it, or an empty string when it would. The reader ends a text at the digit
+// "0" and takes a first length byte up to 127 as the whole length; the prefix
+// holds 16 bits.
+std::string WhyStringWontReadBack(std::string_view text);
+
 }  // namespace sondrel

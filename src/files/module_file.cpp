@@ -10,6 +10,7 @@
 #include "files/iff_writer.h"
 #include "model/exception.h"
 #include "model/notes.h"
+#include "model/storable_text.h"
 
 namespace sondrel {
 
@@ -293,6 +294,12 @@ std::string RecordedPath(const Module& module) {
 }
 
 void SaveModule(Module& module, const std::string& path) {
+    // Checked before the file is opened: a module that would not load back
+    // never replaces a good file.
+    ForEachText(module, [](const std::string& field, const std::string& text) {
+        const std::string reason = WhyStringWontReadBack(text);
+        if (!reason.empty()) throw Exception("SaveModule(): Can't store the " + field + ": " + reason);
+    });
     UniqueFile file = OpenFile(path, "wb");
     if (!file) throw FileIOException("SaveModule(): Can't open file");
     if (std::fwrite(kModuleMagic, 1, 8, file.get()) != 8) throw FileIOException("SaveModule(): Can't write");
@@ -397,23 +404,13 @@ bool LoadOpenFile(Module& module, UniqueFile file, const std::string& path, File
     } else {
         fresh->directory.clear();
         fresh->fileName.clear();
-        MakeTextsLoadable(*fresh);
+        options.TextsChanged(MakeModuleTextsStorable(*fresh));
     }
     module = std::move(*fresh);
     return true;
 }
 
-void ReplaceZeroDigits(std::string& text) { std::replace(text.begin(), text.end(), '0', 'O'); }
-
 }  // namespace
-
-void MakeTextsLoadable(Module& module) {
-    ReplaceZeroDigits(module.title);
-    ReplaceZeroDigits(module.author);
-    ReplaceZeroDigits(module.notes);
-    for (Instrument& instrument : module.instruments) ReplaceZeroDigits(instrument.name);
-    for (Pattern& pattern : module.patterns) ReplaceZeroDigits(pattern.name);
-}
 
 bool LoadFileAs(Module& module, const std::string& path, FileKind kind, ImportOptionsProvider& options) {
     UniqueFile file = OpenFile(path, "rb");

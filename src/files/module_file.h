@@ -36,7 +36,9 @@ FileKind DetectFileKind(FILE* file, const std::string& path);
 FileKind DetectFileKind(const std::string& path);
 
 // Writes the whole module; on success the module records the path as its own.
-// Throws Exception (or a subclass); a partly written file stays on disk.
+// A module holding a text that would load back differently is refused with an
+// Exception naming the field before the file is touched. Otherwise throws
+// Exception (or a subclass) on failure; a partly written file stays on disk.
 void SaveModule(Module& module, const std::string& path);
 
 // Reads the five blocks from a stream positioned just after the magic. The
@@ -48,12 +50,10 @@ void LoadModuleFile(Module& module, FILE* file);
 // detection step of LoadAnyFile is skipped. Unknown throws Exception.
 bool LoadFileAs(Module& module, const std::string& path, FileKind kind, ImportOptionsProvider& options);
 
-// The module file's string reader stops at the digit "0", so a text holding it
-// would not load back. Imported texts have each "0" replaced by the letter "O".
-void MakeTextsLoadable(Module& module);
-
 // Detects the file's kind and loads or imports it. Native files return true;
-// imports return the importer's result (false when the user cancelled). The
+// imports return the importer's result (false when the user cancelled). An
+// import's texts are made storable, and the options provider is told of
+// every change. The
 // module is changed only on success: after a native load it records the path,
 // after an import it has no path, so the first save asks for one.
 bool LoadAnyFile(Module& module, const std::string& path, ImportOptionsProvider& options);

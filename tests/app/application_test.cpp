@@ -220,13 +220,19 @@ TEST_F(ApplicationTest, AnExceptionOrAFaultInTheLoopSavesTheModuleAndShutsDown) 
     PutDemoSong("song.sdrltk");
     const std::string crashName = "crash(2007.3.4 5.6.7).sdrltk.";
     const std::string crashMessage = "message Sondrel has crashed.\nThe current module is saved as " + crashName;
-    platform.onFrame = [](long frame) {
-        if (frame == 2) throw InternalException("broken");
+    Application* running = nullptr;
+    // Texts the module file can't hold don't stop the crash save.
+    platform.onFrame = [&running](long frame) {
+        if (frame != 2) return;
+        running->CurrentModule().title += " 0";
+        running->CurrentModule().notes.assign(300, 'n');
+        throw InternalException("broken");
     };
     {
         AppOptions options;
         options.screenshot = "last.png";
         Application app(platform, paths, options);
+        running = &app;
         EXPECT_EQ(app.Run("sondrel song.sdrltk"), 0);
         EXPECT_EQ(app.Frames(), 1);
     }
@@ -237,7 +243,8 @@ TEST_F(ApplicationTest, AnExceptionOrAFaultInTheLoopSavesTheModuleAndShutsDown) 
     auto saved = std::make_unique<Module>();
     ImportOptionsProvider options;
     ASSERT_TRUE(LoadAnyFile(*saved, (paths.preferencesDirectory / crashName).string(), options));
-    EXPECT_EQ(saved->title, "Four Corners");
+    EXPECT_EQ(saved->title, "Four Corners O");
+    EXPECT_EQ(saved->notes, std::string(255, 'n'));
 
     // A hardware fault takes the same way out.
     fs::remove(paths.preferencesDirectory / crashName);

@@ -1,6 +1,8 @@
 #include <gtest/gtest.h>
 
+#include <cstring>
 #include <string>
+#include <vector>
 
 #include "test_support.h"
 
@@ -41,6 +43,20 @@ TEST(CliTest, RenderConvertAndTheirFailures) {
     RunResult convert = Cli("convert " + Demo() + " " + copy);
     ASSERT_EQ(convert.exitCode, 0) << convert.output;
     EXPECT_EQ(test::ReadBytes(copy), test::ReadBytes(Demo()));
+
+    // 31 sample names of 22 letters, one a line, make notes too long for a module: convert says what it changed.
+    std::vector<unsigned char> mod(1084 + 1024, 0);
+    mod[950] = 1;
+    std::memcpy(&mod[1080], "M.K.", 4);
+    for (int i = 0; i < 31; ++i) std::memset(&mod[20 + i * 30], 'a', 22);
+    mod[20] = '0';
+    test::WriteBytes(dir / "names.mod", mod);
+    RunResult named = Cli("convert " + (dir / "names.mod").string() + " " + copy);
+    ASSERT_EQ(named.exitCode, 0) << named.output;
+    EXPECT_NE(named.output.find("note: notes cut to 253 characters (a module file holds at most 255)\n"
+                                "note: notes: digit 0 written as the letter O (a module file can't hold it)\n"),
+              std::string::npos) << named.output;
+    EXPECT_EQ(Cli("info " + copy).exitCode, 0);
 
     // Files that can't be loaded: the system's message and the reason, exit code 1.
     test::WriteBytes(dir / "junk.txt", {'h', 'e', 'l', 'l', 'o'});

@@ -83,12 +83,14 @@ TEST(IFFBlocks, WriterPadsAndPatchesLittleEndianWhileParserReadsBigEndian) {
 
 TEST(IFFStrings, LengthPrefixesAndTheDigitZero) {
     struct Case { size_t length; Bytes prefix; std::string readBack; };
-    std::string as(400, 'a');
+    std::string as(65536, 'a');
     // A low byte below 128 is the whole length: for 300 the high byte is read as a character.
-    const Case cases[] = {{127, {0x7F}, as.substr(0, 127)}, {128, {0x80, 0x00}, as.substr(0, 128)},
-                          {384, {0x80, 0x01}, as.substr(0, 384)}, {300, {0x2C, 0x01}, "\x01" + as.substr(0, 43)}};
+    const Case cases[] = {{127, {0x7F}, as.substr(0, 127)},      {128, {0x80, 0x00}, as.substr(0, 128)},
+                          {384, {0x80, 0x01}, as.substr(0, 384)}, {300, {0x2C, 0x01}, "\x01" + as.substr(0, 43)},
+                          {256, {0x00, 0x01}, ""},                {65536, {0x00, 0x00}, ""}};
     for (const Case& c : cases) {
         SCOPED_TRACE(c.length);
+        EXPECT_EQ(WhyStringWontReadBack(as.substr(0, c.length)).empty(), c.readBack == as.substr(0, c.length));
         UniqueFile file(std::tmpfile());
         IFFWriter writer;
         writer.Attach(file.get());
@@ -103,6 +105,7 @@ TEST(IFFStrings, LengthPrefixesAndTheDigitZero) {
         EXPECT_EQ(text, c.readBack);
     }
 
+    EXPECT_EQ(WhyStringWontReadBack("A0B"), "it holds the digit 0");
     UniqueFile file = StreamWith({3, 'A', '0', 'B'});
     IFFParser parser;
     parser.Open(file.get());

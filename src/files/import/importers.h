@@ -9,11 +9,13 @@
 // subclass) on malformed input.
 
 #include <optional>
+#include <vector>
 
 #include "files/basic/basic_import.h"
 #include "files/import/midi_import.h"
 #include "files/import/mod_import.h"
 #include "files/import/vgm_import.h"
+#include "model/storable_text.h"
 
 namespace sondrel {
 
@@ -29,6 +31,10 @@ public:
     virtual std::optional<BasicImportOptions> ChooseBasicOptions(const BasicImportOptions& proposal) {
         return proposal;
     }
+
+    // Told after an import which of its texts were changed so that the
+    // module file can hold them; called with an empty list when none were.
+    virtual void TextsChanged(const std::vector<TextChange>& /*changes*/) {}
 };
 
 }  // namespace sondrel

@@ -12,6 +12,7 @@
 #include "files/import/midi_file_reader.h"
 #include "model/exception.h"
 #include "model/notes.h"
+#include "model/storable_text.h"
 
 namespace sondrel {
 
@@ -23,7 +24,6 @@ constexpr int kSongLines = kPatterns * kMaxLines;  // everything after this is c
 constexpr size_t kLargestFile = 16u << 20;
 constexpr uint32_t kDefaultTempo = 500000;    // microseconds per quarter note: 120 beats per minute
 constexpr uint8_t kOneTickPerLine = 8;        // speed in eighths of a tick
-constexpr size_t kLongestText = 255;          // texts longer than this don't survive a save
 constexpr uint8_t kControllerVolume = 7, kControllerExpression = 11, kControllerAllSoundOff = 120,
                   kControllerResetAll = 121, kControllerAllNotesOff = 123;
 
@@ -349,14 +349,12 @@ uint8_t DrumNoise(int key) {
     }
 }
 
-// Printable characters only, without surrounding blanks. The module file's
-// strings end at the digit zero, so it is stored as the letter O.
+// Printable characters only, without surrounding blanks.
 std::string Printable(const std::string& text) {
     std::string kept;
     for (char c : text) {
         auto b = static_cast<unsigned char>(c);
-        if (c == '0') kept.push_back('O');
-        else if (b >= 32 && b < 127) kept.push_back(c);
+        if (b >= 32 && b < 127) kept.push_back(c);
         else if (b == '\n' || b == '\r' || b == '\t') kept.push_back(' ');
     }
     size_t first = kept.find_first_not_of(' ');
@@ -392,14 +390,15 @@ MidiSurvey Survey(const MidiFile& file, const std::vector<const MidiEvent*>& mer
         }
         if (e->IsMeta(kMetaText) || e->IsMeta(kMetaCopyright)) {
             std::string text = Printable(file.DataOf(*e));
-            if (text.empty() || survey.notes.size() + text.size() + 1 > kLongestText) continue;
+            // Only whole texts go into the notes, as many as a module file holds.
+            if (text.empty() || survey.notes.size() + text.size() + 1 > kLongestStorableText) continue;
             if (!survey.notes.empty()) survey.notes += '\n';
             survey.notes += text;
         }
     }
     for (const MidiEvent& e : file.tracks.front().events) {
         if (e.IsMeta(kMetaTrackName)) {
-            survey.title = Printable(file.DataOf(e)).substr(0, kLongestText);
+            survey.title = Printable(file.DataOf(e));
             break;
         }
     }
@@ -531,7 +530,7 @@ bool ImportMidi(Module& module, FILE* file, const std::string& path, ImportOptio
     CheckOptions(options);
 
     module.NewModule(options.chip);
-    module.title = survey.title.empty() ? Printable(FileStem(path)).substr(0, kLongestText) : survey.title;
+    module.title = survey.title.empty() ? Printable(FileStem(path)) : survey.title;
     module.notes = survey.notes;
     NameInstruments(module, survey, options);
     WriteSong(module, midi, merged, options);

@@ -365,6 +365,8 @@ bool ImportMod(Module& module, FILE* file, const std::string&, ImportOptionsProv
     }
     module.NewModule(chosen->chip);
     module.title = header->name;
+    // One sample name a line: when the notes are cut to what a module file
+    // holds, they keep whole names.
     module.notes = sampleText;
 
     ReadOrders(file, *header);

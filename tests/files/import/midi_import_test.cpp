@@ -194,7 +194,7 @@ TEST(MidiImportTest, TextsNameTheModuleAndItsInstruments) {
     chooser.change = [](MidiImportOptions& o) { o.channels[1].instrument = 0; };
     auto m = Import(MidiBytes(0, 96, {t}), chooser);
     EXPECT_EQ(m->title, "Tune 1");
-    EXPECT_EQ(m->notes, "(c) 199O\nPlayed live");  // the module file's strings can't hold a zero
+    EXPECT_EQ(m->notes, "(c) 1990\nPlayed live");
     EXPECT_EQ(m->instruments[0].name + "|" + m->instruments[1].name + "|" + m->instruments[2].name, "Violin||Drum kit");
     TrackBytes untitled;
     untitled.On(0, 0, 60);

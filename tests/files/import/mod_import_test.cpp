@@ -5,6 +5,7 @@
 #include <tuple>
 
 #include "files/import/importers.h"
+#include "files/module_file.h"
 #include "model/exception.h"
 #include "model/notes.h"
 #include "test_support.h"
@@ -25,6 +26,8 @@ struct Chooser : ImportOptionsProvider {
         chosen.chip.chipType = chipType;
         return chosen;
     }
+    std::vector<TextChange> changes;
+    void TextsChanged(const std::vector<TextChange>& made) override { changes = made; }
 };
 
 // A four-channel MOD of empty patterns, played in the given order.
@@ -77,6 +80,39 @@ TEST(ModImport, NamesAreProposedAndACancelLeavesTheModuleAlone) {
     auto module = mod.Import();
     EXPECT_EQ(module->title, "Abcde");
     EXPECT_EQ(module->notes, "Kick\n" + std::string(30, '\n'));
+}
+
+TEST(ModImport, LongSampleNamesKeepWholeNamesAndTheModuleLoadsBack) {
+    // 31 names of lengths within one of each other, the longer first, each on
+    // its own line in the notes; the first starts with the digit zero.
+    struct Case { size_t joined, kept; };
+    const Case cases[] = {{255, 255}, {256, 255}, {300, 255}, {383, 251}, {384, 252}, {512, 255}, {639, 252}};
+    test::ScratchDir dir;
+    const std::string path = (dir / "names.mod").string(), saved = (dir / "names.sdrltk").string();
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.joined);
+        ModFile mod(1, {0});
+        std::string joined;
+        for (size_t i = 0; i < 31; ++i) {
+            std::string name((c.joined - 31) / 31 + (i < (c.joined - 31) % 31), static_cast<char>('A' + i % 26));
+            if (i == 0) name[0] = '0';
+            std::memcpy(&mod.bytes[20 + i * 30], name.data(), name.size());
+            joined += name + "\n";
+        }
+        ASSERT_EQ(joined.size(), c.joined);
+        test::WriteBytes(path, mod.bytes);
+        Chooser chooser;
+        auto imported = std::make_unique<Module>(), reloaded = std::make_unique<Module>();
+        ASSERT_TRUE(LoadAnyFile(*imported, path, chooser));
+        EXPECT_EQ(imported->notes, "O" + joined.substr(1, c.kept - 1));
+        std::vector<TextChange> expected = {{"notes", TextRule::ZeroReplaced, c.kept}};
+        if (c.kept < c.joined) expected.insert(expected.begin(), {"notes", TextRule::Cut, c.kept});
+        EXPECT_EQ(chooser.changes, expected);
+
+        SaveModule(*imported, saved);
+        ASSERT_TRUE(LoadAnyFile(*reloaded, saved, chooser));
+        EXPECT_TRUE(*reloaded == *imported);
+    }
 }
 
 TEST(ModImport, SamplesAreReadFourBytesEarlyAndOneShotsFallSilent) {
