@@ -3,6 +3,10 @@
 #include <algorithm>
 #include <cstring>
 
+#if defined(__SSE2__)
+#include <emmintrin.h>
+#endif
+
 namespace sondrel {
 
 namespace {
@@ -10,29 +14,61 @@ namespace {
 constexpr std::array<int, 16> kBaseLevels = {7590, 5940, 4840, 3850, 3080, 2475, 1980, 1650,
                                              1320, 990,  825,  660,  550,  440,  330,  0};
 
-// Adds value to one frame on the enabled sides, with 16-bit wrap-around.
-inline void AddFrame(int16_t* frame, int value, int left, int right) {
-    frame[0] = static_cast<int16_t>(frame[0] + value * left);
-    frame[1] = static_cast<int16_t>(frame[1] + value * right);
+__extension__ using Wide = unsigned __int128;
+
+// n / d by a multiply with reciprocal = floor(2^64 / d) + 1: exact for every n
+// and d below 2^32, as the rounding error stays under 1 / d.
+inline uint32_t DivideBy(uint32_t n, uint64_t reciprocal) {
+    return static_cast<uint32_t>((static_cast<Wide>(n) * reciprocal) >> 64);
 }
 
-// Adds value to count frames on the enabled sides, each case a flat loop
-// that compiles to vector adds.
-inline void AddSpan(int16_t* frames, uint32_t count, int value, int left, int right) {
-    const auto v = static_cast<int16_t>(value);
-    if (left && right) {
-        for (uint32_t i = 0; i < count * 2; ++i) frames[i] = static_cast<int16_t>(frames[i] + v);
-    } else if (left) {
-        for (uint32_t i = 0; i < count; ++i) frames[2 * i] = static_cast<int16_t>(frames[2 * i] + v);
-    } else if (right) {
-        for (uint32_t i = 0; i < count; ++i) frames[2 * i + 1] = static_cast<int16_t>(frames[2 * i + 1] + v);
+// One channel's output through a run, kept as changes: Set(frame, value)
+// makes the channel's output value from that frame on, on its enabled sides.
+struct DeltaWriter {
+    int16_t* deltas;
+    int left;
+    int right;
+    int current = 0;
+
+    void Set(uint32_t frame, int value) {
+        const int change = value - current;
+        current = value;
+        deltas[2 * frame] = static_cast<int16_t>(deltas[2 * frame] + change * left);
+        deltas[2 * frame + 1] = static_cast<int16_t>(deltas[2 * frame + 1] + change * right);
     }
-}
+};
 
-// Frames until the counter expires: the edge falls in the k-th frame from now.
-inline uint32_t FramesToEdge(int32_t counter, int32_t step) {
-    if (counter <= 0) return 1;
-    return (static_cast<uint32_t>(counter) + static_cast<uint32_t>(step) - 1) / static_cast<uint32_t>(step);
+// frames[i] = deltas[0] + ... + deltas[i] on each side, with 16-bit
+// wrap-around, which makes it the wrapped sum of every channel's output.
+// The deltas are left zero, up to and including the spare frame past the end.
+void SumDeltas(int16_t* deltas, int16_t* frames, uint32_t frameCount) {
+    int left = 0;
+    int right = 0;
+    uint32_t i = 0;
+#if defined(__SSE2__)
+    // Four frames at a time: each group's running sum on its own, then the
+    // total of the groups before it added.
+    __m128i carry = _mm_setzero_si128();
+    for (; i + 4 <= frameCount; i += 4) {
+        auto* at = reinterpret_cast<__m128i*>(deltas + 2 * i);
+        __m128i x = _mm_load_si128(at);
+        _mm_store_si128(at, _mm_setzero_si128());
+        x = _mm_add_epi16(x, _mm_slli_si128(x, 4));
+        x = _mm_add_epi16(x, _mm_slli_si128(x, 8));
+        _mm_storeu_si128(reinterpret_cast<__m128i*>(frames + 2 * i), _mm_add_epi16(x, carry));
+        carry = _mm_add_epi16(carry, _mm_shuffle_epi32(x, 0xFF));
+    }
+    left = _mm_extract_epi16(carry, 0);
+    right = _mm_extract_epi16(carry, 1);
+#endif
+    for (; i < frameCount; ++i) {
+        left += deltas[2 * i];
+        right += deltas[2 * i + 1];
+        frames[2 * i] = static_cast<int16_t>(left);
+        frames[2 * i + 1] = static_cast<int16_t>(right);
+        deltas[2 * i] = deltas[2 * i + 1] = 0;
+    }
+    deltas[2 * frameCount] = deltas[2 * frameCount + 1] = 0;
 }
 
 }  // namespace
@@ -63,6 +99,7 @@ void SoundChip::ResetBuffer() {
     writePos_ = 0;
     readPos_ = 0;
     fill_ = 0;
+    if (zeroBytes_ < kChipRingBytes) zeroBytes_ = 0;
 }
 
 void SoundChip::Configure(bool isPal, uint8_t divider) {
@@ -71,6 +108,7 @@ void SoundChip::Configure(bool isPal, uint8_t divider) {
     const double clock = isPal ? kPalEmulatedClock : kNtscEmulatedClock;
     step_ = static_cast<uint32_t>(clock * 0.25 * 0.25 / 44100.0 * 65536.0);
     if (divider == 1) step_ >>= 1;
+    stepReciprocal_ = UINT64_MAX / step_ + 1;  // step_ is far above 1
 }
 
 void SoundChip::NoiseControl(uint8_t byte) {
@@ -136,6 +174,7 @@ void SoundChip::RenderTick(uint8_t master, uint8_t channelMask) {
         const uint32_t dropped = std::min(bytes, fill_);
         writePos_ = (writePos_ - dropped) % kChipRingBytes;
         fill_ -= dropped;
+        if (zeroBytes_ < kChipRingBytes) zeroBytes_ -= std::min(dropped, zeroBytes_);
     }
 
     UpdateLevels(master);
@@ -143,101 +182,128 @@ void SoundChip::RenderTick(uint8_t master, uint8_t channelMask) {
     while (left > 0) {
         const uint32_t run = std::min(left, kChipRingBytes - writePos_);
         int16_t* frames = ring_.data() + writePos_ / 2;
-        std::memset(frames, 0, run);
-        RenderRun(frames, run / 4, channelMask);
+        zeroBytes_ = RenderRun(frames, run / 4, channelMask) ? 0 : std::min(zeroBytes_ + run, kChipRingBytes);
         writePos_ = (writePos_ + run) % kChipRingBytes;
         fill_ += run;
         left -= run;
     }
 }
 
-void SoundChip::RenderRun(int16_t* frames, uint32_t frameCount, uint8_t channelMask) {
-    if (frameCount == 0) return;
-    for (int c = 0; c < 3; ++c) {
-        if (attenuation_[c] == 15 || !(channelMask & (1 << c))) continue;
-        RenderTone(c, frames, frameCount);
+// A channel's counter loses step_ each frame; in the frame where it is no
+// longer above 0 an edge falls, and the counter gains reload until it is.
+// For each edge within frameCount frames, edge(frame, atEdge, reloads) is
+// called with the first frame after the edge (frameCount when it fell in the
+// last one) and the counter before the reloads. Returns the counter at the end.
+template <typename Edge>
+int32_t SoundChip::WalkEdges(int32_t counter, int32_t reload, uint32_t frameCount, Edge&& edge) const {
+    const auto step = static_cast<int32_t>(step_);
+    uint32_t i = 0;
+    for (;;) {
+        // Frames until the counter runs out: the edge falls in the k-th frame from now.
+        const uint32_t k =
+            counter <= 0 ? 1 : DivideBy(static_cast<uint32_t>(counter) + step_ - 1, stepReciprocal_);
+        if (k > frameCount - i) return counter - static_cast<int32_t>(frameCount - i) * step;
+        counter -= static_cast<int32_t>(k) * step;
+        i += k;
+        if (counter > -step && reload >= step) break;
+        const int32_t atEdge = counter;
+        int reloads = 0;
+        do {
+            counter += reload;
+            ++reloads;
+        } while (counter <= 0);
+        edge(i, atEdge, reloads);
+        if (i >= frameCount) return counter;
     }
-    if ((channelMask & 8) && attenuation_[3] != 15) RenderNoise(frames, frameCount);
+    // From here each edge takes one reload, and the next edge comes after
+    // reload / step frames or one more, as the remainders add up.
+    const uint32_t whole = DivideBy(static_cast<uint32_t>(reload), stepReciprocal_);
+    const int32_t rest = reload - static_cast<int32_t>(whole) * step;
+    int32_t atEdge = counter;
+    for (;;) {
+        edge(i, atEdge, 1);
+        if (i >= frameCount) return atEdge + reload;
+        int32_t next = atEdge + rest;
+        uint32_t gap = whole;
+        if (next > 0) {
+            ++gap;
+            next -= step;
+        }
+        if (gap > frameCount - i) return atEdge + reload - static_cast<int32_t>(frameCount - i) * step;
+        atEdge = next;
+        i += gap;
+    }
 }
 
-void SoundChip::RenderTone(int c, int16_t* frames, uint32_t frameCount) {
+bool SoundChip::RenderRun(int16_t* frames, uint32_t frameCount, uint8_t channelMask) {
+    if (frameCount == 0) return false;
+    // The deltas are all zero between runs.
+    bool sounding = false;
+    for (int c = 0; c < 3; ++c) {
+        if (attenuation_[c] == 15 || !(channelMask & (1 << c))) continue;
+        RenderTone(c, frameCount);
+        sounding = true;
+    }
+    if ((channelMask & 8) && attenuation_[3] != 15 && (noisePeriod_ & 0x3FF) >= 4) {
+        RenderNoise(frameCount);
+        sounding = true;
+    }
+    if (sounding) {
+        SumDeltas(deltas_.data(), frames, frameCount);
+    } else if (zeroBytes_ < kChipRingBytes) {
+        std::memset(frames, 0, frameCount * 4);
+    }
+    return sounding;
+}
+
+void SoundChip::RenderTone(int c, uint32_t frameCount) {
     const uint32_t period = tonePeriod_[c] & 0x3FF;  // the period register is ten bits wide
     if (period < 4) {
         // Too fast to be heard as a tone: the output sits at a constant level.
         // The level follows the noise channel's stereo bits, as the chip tracker always did.
-        AddSpan(frames, frameCount, toneLevel_[attenuation_[c]], (stereo_ >> 7) & 1, (stereo_ >> 3) & 1);
+        DeltaWriter out{deltas_.data(), (stereo_ >> 7) & 1, (stereo_ >> 3) & 1};
+        out.Set(0, toneLevel_[attenuation_[c]]);
         return;
     }
-    const int left = (stereo_ >> (4 + c)) & 1;
-    const int right = (stereo_ >> c) & 1;
-    const int32_t step = static_cast<int32_t>(step_);
-    const int32_t reload = static_cast<int32_t>(period << 16);
-    int amp = polarity_[c] ? -toneLevel_[attenuation_[c]] : toneLevel_[attenuation_[c]];
-    int value = amp >> 2;  // each run starts softened
-    int32_t counter = counter_[c];
-
-    uint32_t i = 0;
-    while (i < frameCount) {
-        const uint32_t k = FramesToEdge(counter, step);
-        if (k > frameCount - i) {
-            AddFrame(frames + 2 * i, value, left, right);
-            AddSpan(frames + 2 * (i + 1), frameCount - i - 1, amp, left, right);
-            counter -= static_cast<int32_t>(frameCount - i) * step;
-            break;
-        }
-        AddFrame(frames + 2 * i, value, left, right);
-        AddSpan(frames + 2 * (i + 1), k - 1, amp, left, right);
-        counter -= static_cast<int32_t>(k) * step;
-        // The frame after an edge carries the edge's position within its frame.
-        const uint32_t frac = (static_cast<uint32_t>(-counter) * 256u) / static_cast<uint32_t>(step);
-        value = ((128 - static_cast<int>(frac)) * amp) >> 7;
-        int reloads = 0;
-        do {
-            counter += reload;
-            ++reloads;
-        } while (counter <= 0);
+    DeltaWriter out{deltas_.data(), (stereo_ >> (4 + c)) & 1, (stereo_ >> c) & 1};
+    unsigned polarity = polarity_[c];  // a local: stores to the deltas could alias the member
+    int amp = polarity ? -toneLevel_[attenuation_[c]] : toneLevel_[attenuation_[c]];
+    out.Set(0, amp >> 2);  // each run starts softened
+    out.Set(1, amp);
+    counter_[c] = WalkEdges(counter_[c], static_cast<int32_t>(period << 16), frameCount,
+                            [&](uint32_t frame, int32_t atEdge, int reloads) {
+        // The frame after an edge carries the edge's position within its frame,
+        // then the level holds until the next edge.
+        const uint32_t frac = DivideBy(static_cast<uint32_t>(-atEdge) * 256u, stepReciprocal_);
+        const int value = ((128 - static_cast<int>(frac)) * amp) >> 7;
         if (reloads & 1) {
             amp = -amp;
-            polarity_[c] ^= 1;
+            polarity ^= 1;
         }
-        i += k;
-    }
-    counter_[c] = counter;
+        if (frame < frameCount) {
+            out.Set(frame, value);
+            out.Set(frame + 1, amp);
+        }
+    });
+    polarity_[c] = static_cast<uint8_t>(polarity);
 }
 
-void SoundChip::RenderNoise(int16_t* frames, uint32_t frameCount) {
-    const uint32_t period = noisePeriod_ & 0x3FF;
-    if (period < 4) return;
+void SoundChip::RenderNoise(uint32_t frameCount) {
     const int level = noiseLevel_[attenuation_[3]];
-    const int32_t step = static_cast<int32_t>(step_);
-    const int32_t reload = static_cast<int32_t>(period << 16);
-    int value = level >> 2;  // until the run's first edge
-    int32_t counter = noiseCounter_;
-
-    uint32_t i = 0;
-    while (i < frameCount) {
-        const uint32_t k = FramesToEdge(counter, step);
-        if (k > frameCount - i) {
-            AddSpan(frames + 2 * i, frameCount - i, value, 1, 1);
-            counter -= static_cast<int32_t>(frameCount - i) * step;
-            break;
-        }
-        AddSpan(frames + 2 * i, k, value, 1, 1);
-        counter -= static_cast<int32_t>(k) * step;
-        if (noiseToggle_) {
-            const unsigned feedback = noiseWhite_ ? ((lfsr_ ^ (lfsr_ >> 3)) & 1) : (lfsr_ & 1);
-            lfsr_ = static_cast<uint16_t>((lfsr_ >> 1) | (feedback << 15));
-        }
-        int reloads = 0;
-        do {
-            counter += reload;
-            ++reloads;
-        } while (counter <= 0);
-        if (reloads & 1) noiseToggle_ ^= 1;
-        value = (lfsr_ & 1) * level;
-        i += k;
-    }
-    noiseCounter_ = counter;
+    DeltaWriter out{deltas_.data(), 1, 1};
+    out.Set(0, level >> 2);  // until the run's first edge
+    // Kept in locals: stores to the deltas could otherwise alias them.
+    unsigned lfsr = lfsr_;
+    unsigned toggle = noiseToggle_;
+    const unsigned white = noiseWhite_ ? 1 : 0;
+    noiseCounter_ = WalkEdges(noiseCounter_, static_cast<int32_t>((noisePeriod_ & 0x3FF) << 16), frameCount,
+                              [&](uint32_t frame, int32_t, int reloads) {
+        if (toggle) lfsr = (lfsr >> 1) | (((lfsr ^ ((lfsr >> 3) & white)) & 1) << 15);
+        toggle ^= static_cast<unsigned>(reloads & 1);
+        if (frame < frameCount) out.Set(frame, static_cast<int>(lfsr & 1) * level);
+    });
+    lfsr_ = static_cast<uint16_t>(lfsr);
+    noiseToggle_ = static_cast<uint8_t>(toggle);
 }
 
 template <typename CopyPiece>
@@ -263,6 +329,10 @@ void SoundChip::Read(void* destination, uint32_t bytes) {
 }
 
 void SoundChip::ReadAdd(void* destination, uint32_t bytes) {
+    if (bytes <= fill_ && fill_ <= zeroBytes_) {
+        Read(nullptr, bytes);  // adding zeros changes nothing
+        return;
+    }
     Drain(destination, bytes, [](uint8_t* out, const uint8_t* in, uint32_t n) {
         for (uint32_t i = 0; i + 1 < n; i += 2) {
             int16_t mine;

@@ -62,17 +62,29 @@ public:
 private:
     void UpdateLevels(uint8_t master);
     void NoiseControl(uint8_t byte);
-    void RenderRun(int16_t* frames, uint32_t frameCount, uint8_t channelMask);
-    void RenderTone(int channel, int16_t* frames, uint32_t frameCount);
-    void RenderNoise(int16_t* frames, uint32_t frameCount);
+    // Returns false when no channel sounded: the frames are then all zero.
+    bool RenderRun(int16_t* frames, uint32_t frameCount, uint8_t channelMask);
+    // These add each level change at the frame where it starts to deltas_;
+    // RenderRun sums them into frames once all channels have added theirs.
+    void RenderTone(int channel, uint32_t frameCount);
+    void RenderNoise(uint32_t frameCount);
+    template <typename Edge>
+    int32_t WalkEdges(int32_t counter, int32_t reload, uint32_t frameCount, Edge&& edge) const;
     template <typename CopyPiece>
     void Drain(void* destination, uint32_t bytes, CopyPiece copy);
 
     alignas(16) std::array<int16_t, kChipRingBytes / 2> ring_{};
+    // Per frame and side, the change of the summed output from the frame
+    // before; one spare frame past a run's end and room to sum in fours.
+    alignas(16) std::array<int16_t, (kChipRingBytes / 4 + 4) * 2> deltas_{};
     uint32_t writePos_ = 0;
     uint32_t readPos_ = 0;
     uint32_t fill_ = 0;
+    // How many bytes just before writePos_ are known to be zero; the ring
+    // size when all of it is. Silence is then neither written nor mixed.
+    uint32_t zeroBytes_ = kChipRingBytes;
     uint32_t step_ = 0;
+    uint64_t stepReciprocal_ = 0;  // 2^64 / step_, rounded up: division by a multiply
     uint8_t latch_ = 0;
     uint8_t cachedMaster_ = 255;
     std::array<int16_t, 16> toneLevel_{};

@@ -280,6 +280,24 @@ TEST(SoundChipTest, ReadAddMixesWithWrapAround) {
     EXPECT_EQ(out[7], 2846);
     EXPECT_EQ(chip.Fill(), chip.TickBytes() - 16);
     EXPECT_EQ(chip.ReadPos(), 16u);
+
+    // Silent ticks between sounding ones read as zeros and add nothing; the
+    // sounding ones still add. Even ticks are copied, odd ones added.
+    SoundChip quiet;
+    for (int tick = 0; tick < 12; ++tick) {
+        const bool sounding = tick % 4 == 2 || tick == 7;
+        SetTone(quiet, 1, 0, sounding ? 0 : 15);
+        quiet.RenderTick(60, 0xFF);
+        if (tick == 3) quiet.RenderTick(60, 0xFF);  // a tick left unread, then dropped for the next
+        std::vector<int16_t> mixed(quiet.TickBytes() / 2, 7);
+        if (tick % 2) {
+            quiet.ReadAdd(mixed.data(), quiet.TickBytes());
+        } else {
+            quiet.Read(mixed.data(), quiet.TickBytes());
+        }
+        const int base = tick % 2 ? 7 : 0;
+        for (int16_t sample : mixed) ASSERT_EQ(sample, sounding ? base + 2846 : base) << "tick " << tick;
+    }
 }
 
 TEST(SoundChipTest, MatchesTheFrameByFrameModelUnderRandomWrites) {
