@@ -3,35 +3,17 @@
 
 #include <benchmark/benchmark.h>
 
-#include <filesystem>
-#include <memory>
-#include <string>
-
+#include "demo_song.h"
 #include "files/export/midi_export.h"
-#include "files/module_file.h"
 #include "files/export/vgm_export.h"
 #include "sound/song_time.h"
 
 namespace sondrel {
 namespace {
 
-// The demo song is copied beside the executables; from the source tree it is in data/.
-std::unique_ptr<Module> LoadDemo() {
-    std::error_code ec;
-    const auto exeDir = std::filesystem::read_symlink("/proc/self/exe", ec).parent_path();
-    for (const auto& path : {exeDir / "demo.sdrltk", std::filesystem::path("data/demo.sdrltk")}) {
-        if (!std::filesystem::exists(path, ec)) continue;
-        auto module = std::make_unique<Module>();
-        module->NewModule({});
-        ImportOptionsProvider defaults;
-        if (LoadAnyFile(*module, path.string(), defaults)) return module;
-    }
-    return nullptr;
-}
-
 template <typename Export>
 void RunExport(benchmark::State& state, Export exportSong) {
-    auto module = LoadDemo();
+    auto module = bench::LoadDemo();
     if (!module) {
         state.SkipWithError("demo.sdrltk not found beside the executable or in data/");
         return;

@@ -12,16 +12,28 @@
 
 namespace sondrel {
 
-SongRenderResult RenderSongToWav(Module& module, const std::string& path, const SongRenderOptions& options,
-                                 const RenderProgress& progress) {
+namespace {
+
+// Ticks gathered before the sink sees them: few, large blocks keep the
+// per-call cost (a file write for WAV output) out of the render loop.
+constexpr uint32_t kTicksPerBlock = 32;
+
+void RequireALimit(const SongRenderOptions& options) {
     if (options.loops <= 0 && options.seconds <= 0.0)
         throw Exception("Rendering needs a number of loops or a length in seconds.");
-    const int volume = std::clamp(options.volume, 0, 100);
+}
+
+}  // namespace
+
+SongRenderResult RenderSong(Module& module, const SongRenderOptions& options, const RenderSink& sink,
+                            const RenderProgress& progress) {
+    RequireALimit(options);
+    const uint8_t master = MasterFromVolume(std::clamp(options.volume, 0, 100));
 
     // The expected length, for the progress report.
     const double rate = module.TicksPerSecond();
     double expectedTicks = options.seconds > 0.0 ? options.seconds * rate : 0.0;
-    if (options.loops > 0) {
+    if (options.loops > 0 && progress) {
         const double songTicks = static_cast<double>(CalculateSongTime(module, 0, 0).totalTicks);
         const double loopTicks = songTicks * options.loops;
         expectedTicks = expectedTicks > 0.0 ? std::min(expectedTicks, loopTicks) : loopTicks;
@@ -36,14 +48,17 @@ SongRenderResult RenderSongToWav(Module& module, const std::string& path, const 
     song->Start(0, 0, false);
     TickMixer mixer(*song, *notes);
 
-    WavWriter wav;
-    wav.Open(path, kOutputRate, 2);
-    std::vector<int16_t> samples(kChipRingBytes / 2);
+    std::vector<int16_t> block(kTicksPerBlock * song->Chip().TickBytes() / 2);
+    size_t filled = 0;
     SongRenderResult result;
     while (result.ticks < tickLimit) {
-        const uint32_t bytes = mixer.RenderTick(MasterFromVolume(volume));
-        mixer.Take(samples.data(), bytes);
-        wav.Write(samples.data(), bytes / 2);
+        const uint32_t bytes = mixer.RenderTick(master);
+        if (filled + bytes / 2 > block.size()) {
+            sink(block.data(), filled);
+            filled = 0;
+        }
+        mixer.Take(block.data() + filled, bytes);
+        filled += bytes / 2;
         ++result.ticks;
         result.frames += bytes / 4;
         if (song->wrapped) ++result.wraps;
@@ -51,9 +66,21 @@ SongRenderResult RenderSongToWav(Module& module, const std::string& path, const 
         if (progress && expectedTicks > 0.0 && result.ticks % 15 == 0)
             progress(std::min(1.0, static_cast<double>(result.ticks) / expectedTicks));
     }
-    wav.Close();
+    if (filled > 0) sink(block.data(), filled);
     if (progress) progress(1.0);
     result.seconds = static_cast<double>(result.frames) / kOutputRate;
+    return result;
+}
+
+SongRenderResult RenderSongToWav(Module& module, const std::string& path, const SongRenderOptions& options,
+                                 const RenderProgress& progress) {
+    RequireALimit(options);
+    WavWriter wav;
+    wav.Open(path, kOutputRate, 2);
+    const SongRenderResult result =
+        RenderSong(module, options, [&](const int16_t* samples, size_t count) { wav.Write(samples, count); },
+                   progress);
+    wav.Close();
     return result;
 }
 

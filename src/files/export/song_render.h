@@ -1,7 +1,9 @@
 #pragma once
 // Plays a song from its start through the song player and its chip, mixed as
-// the audio output mixes it, into a 44100 Hz 16-bit stereo WAV file.
+// the audio output mixes it, into 44100 Hz 16-bit stereo: into a WAV file, or
+// into any receiver of sample blocks.
 
+#include <cstddef>
 #include <cstdint>
 #include <functional>
 #include <string>
@@ -25,6 +27,11 @@ struct SongRenderResult {
 
 // progress receives the fraction done, 0..1, a few times a second of audio.
 using RenderProgress = std::function<void(double fraction)>;
+// Receives the audio in order, in blocks of interleaved left/right samples.
+using RenderSink = std::function<void(const int16_t* samples, size_t count)>;
+
+SongRenderResult RenderSong(Module& module, const SongRenderOptions& options, const RenderSink& sink,
+                            const RenderProgress& progress = {});
 
 SongRenderResult RenderSongToWav(Module& module, const std::string& path, const SongRenderOptions& options,
                                  const RenderProgress& progress = {});

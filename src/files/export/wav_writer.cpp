@@ -1,5 +1,7 @@
 #include "files/export/wav_writer.h"
 
+#include <bit>
+#include <cerrno>
 #include <cstring>
 
 #include "model/exception.h"
@@ -51,6 +53,13 @@ void WavWriter::WriteHeader() {
 }
 
 void WavWriter::Write(const int16_t* samples, size_t count) {
+    if constexpr (std::endian::native == std::endian::little) {
+        // The samples are already in the file's byte order: one write for the whole block.
+        if (std::fwrite(samples, 2, count, file_) != count)
+            throw FileIOException("Couldn't write \"" + path_ + "\": " + std::strerror(errno));
+        dataBytes_ += 2 * count;
+        return;
+    }
     unsigned char bytes[4096];
     while (count > 0) {
         const size_t chunk = count < sizeof bytes / 2 ? count : sizeof bytes / 2;

@@ -1,0 +1,112 @@
+// Whole-song render speed against libgme playing our VGM export of the same
+// song. Both sides are timed in the same iterations, alternating, on this
+// thread's CPU clock; "vs_libgme" is our speed over libgme's.
+
+#include <benchmark/benchmark.h>
+
+#include <algorithm>
+#include <ctime>
+#include <memory>
+#include <vector>
+
+#include "demo_song.h"
+#include "files/export/song_render.h"
+#include "files/export/vgm_export.h"
+#include "sound/sound_chip.h"
+
+#ifdef SONDREL_HAVE_GME
+#include <gme/gme.h>
+#endif
+
+namespace sondrel {
+namespace {
+
+double ThreadSeconds() {
+    timespec now{};
+    clock_gettime(CLOCK_THREAD_CPUTIME_ID, &now);
+    return static_cast<double>(now.tv_sec) + static_cast<double>(now.tv_nsec) * 1e-9;
+}
+
+// The demo's pattern list played over and over in one pass of about four minutes.
+std::unique_ptr<Module> LongSong() {
+    auto module = bench::LoadDemo();
+    if (!module) return nullptr;
+    const int length = module->patternListLength;
+    const int longLength = std::min(length * 8, kMaxPatternList);
+    for (int i = length; i < longLength; ++i) module->patternList[i] = module->patternList[i % length];
+    module->patternListLength = static_cast<uint16_t>(longLength);
+    return module;
+}
+
+// One pass of the song into 16-bit stereo, as "sondrel-cli render" makes it
+// but without the file; returns the frames made.
+uint64_t RenderOurs(Module& module) {
+    return RenderSong(module, {}, [](const int16_t* samples, size_t) { benchmark::DoNotOptimize(samples); })
+        .frames;
+}
+
+#ifdef SONDREL_HAVE_GME
+
+// The same number of frames of the exported log, streamed as a player does.
+bool PlayInGme(const std::vector<uint8_t>& vgm, uint64_t frames) {
+    constexpr uint64_t kChunkFrames = 4096;
+    Music_Emu* emu = nullptr;
+    if (gme_open_data(vgm.data(), static_cast<long>(vgm.size()), &emu, kOutputRate)) return false;
+    // Plain playback: no fade at the logged length, no silence look-ahead.
+    gme_set_autoload_playback_limit(emu, 0);
+    gme_ignore_silence(emu, 1);
+    bool ok = gme_start_track(emu, 0) == nullptr;
+    std::vector<short> chunk(kChunkFrames * 2);
+    for (uint64_t done = 0; ok && done < frames; done += kChunkFrames) {
+        const auto count = static_cast<int>(std::min(kChunkFrames, frames - done) * 2);
+        ok = gme_play(emu, count, chunk.data()) == nullptr;
+        benchmark::DoNotOptimize(chunk.data());
+    }
+    gme_delete(emu);
+    return ok;
+}
+
+void BM_RenderLongSongVsLibgme(benchmark::State& state) {
+    auto module = LongSong();
+    if (!module) {
+        state.SkipWithError("demo.sdrltk not found beside the executable or in data/");
+        return;
+    }
+    const std::vector<uint8_t> vgm = BuildVgm(*module);
+    const uint64_t frames = RenderOurs(*module);
+    double ours = 0.0;
+    double theirs = 0.0;
+    bool oursFirst = true;
+    for (auto _ : state) {
+        // Alternating the order keeps caches and frequency steps from favouring one side.
+        double oursNow = 0.0;
+        double theirsNow = 0.0;
+        for (int side = 0; side < 2; ++side) {
+            const double start = ThreadSeconds();
+            if ((side == 0) == oursFirst) {
+                benchmark::DoNotOptimize(RenderOurs(*module));
+                oursNow = ThreadSeconds() - start;
+            } else {
+                if (!PlayInGme(vgm, frames)) {
+                    state.SkipWithError("libgme refused the exported song");
+                    return;
+                }
+                theirsNow = ThreadSeconds() - start;
+            }
+        }
+        oursFirst = !oursFirst;
+        ours += oursNow;
+        theirs += theirsNow;
+        state.SetIterationTime(oursNow);
+    }
+    const double audio = static_cast<double>(frames) / kOutputRate * static_cast<double>(state.iterations());
+    state.counters["realtime_x"] = audio / ours;
+    state.counters["libgme_realtime_x"] = audio / theirs;
+    state.counters["vs_libgme"] = theirs / ours;
+}
+BENCHMARK(BM_RenderLongSongVsLibgme)->UseManualTime()->Unit(benchmark::kMillisecond)->MinTime(2.0);
+
+#endif
+
+}  // namespace
+}  // namespace sondrel
