@@ -173,8 +173,7 @@ bool ImportBasic(Module& module, FILE* file, const std::string& path, ImportOpti
 
     std::optional<BasicImportOptions> chosen = options.ChooseBasicOptions(BasicImportOptions{});
     if (!chosen) return false;
-    if (chosen->chip.chipType > kChipPal || chosen->chip.frequencyDivider > kDivider2x)
-        throw Exception("All chip settings must be set.");
+    RequireChipSettings(chosen->chip, "ImportBasic");
 
     module.NewModule(chosen->chip);
     BasicRunLimits limits;

@@ -2,11 +2,19 @@
 // The importers that turn other kinds of files into a Module, and the options
 // their callers supply: dialogs in the editor, flags on the command line.
 //
-// An importer reads the file, proposes its options (what it learned of the
-// file and the defaults) to the caller, and with the options chosen replaces
-// the module it is given and returns true. It returns false, leaving the
-// module untouched, when the caller declines, and throws Exception (or a
-// subclass) on malformed input.
+// Every importer works in the same four steps:
+//   read   the whole input into a plain record of what was learned; every
+//          refusal of malformed input is thrown here, before anything else
+//          (one that hangs on an option, as a MOD's on its tick rate, is
+//          decided here and thrown as soon as that option is chosen);
+//   ask    the caller, proposing options (what was learned and the defaults);
+//   fill   the module it is given (NewModule, then the song), which no
+//          longer fails for anything in the file;
+//   report by returning true; the module file's loader then tells the caller
+//          which texts it changed.
+// An importer returns false, leaving the module untouched, when the caller
+// declines, and throws Exception (or a subclass), again leaving the module
+// untouched, on malformed input or options left unset.
 
 #include <optional>
 #include <vector>
@@ -36,5 +44,9 @@ public:
     // module file can hold them; called with an empty list when none were.
     virtual void TextsChanged(const std::vector<TextChange>& /*changes*/) {}
 };
+
+// Throws "<importer>(): All chip settings must be set." when the caller left
+// the chip type or the frequency divider unchosen.
+void RequireChipSettings(const ChipSettings& chip, const char* importer);
 
 }  // namespace sondrel

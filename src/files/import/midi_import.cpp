@@ -422,8 +422,7 @@ MidiImportOptions Propose(const MidiSurvey& survey) {
 }
 
 void CheckOptions(MidiImportOptions& options) {
-    if (options.chip.chipType > kChipPal || options.chip.frequencyDivider > kDivider2x)
-        throw Exception("ImportMidi(): All chip settings must be set");
+    RequireChipSettings(options.chip, "ImportMidi");
     for (MidiChannelChoice& choice : options.channels) {
         choice.chipChannel = static_cast<uint8_t>(std::min<int>(choice.chipChannel, kChannels - 1));
         choice.instrument = static_cast<uint8_t>(std::min<int>(choice.instrument, kInstruments - 1));

@@ -80,14 +80,22 @@ struct ModSample {
     }
 };
 
-struct ModHeader {
+// Everything read from the file before the caller is asked for options.
+struct ModSong {
     std::string name;
     std::array<ModSample, kSampleSlots> samples;
     uint8_t songLength = 0;
     std::array<uint8_t, kOrderSlots> orders{};
     int patternCount = 0;
-    bool invalid = false;
+    std::vector<uint8_t> patterns;  // 64 rows of four 4-byte cells each
+    // By chip type: the replay at that tick rate stops at a pattern break
+    // beyond the last row before the module is full, so the file is refused.
+    std::array<bool, 2> refusedBreak{};
 };
+
+int TickRate(uint8_t chipType) { return chipType == kChipPal ? 50 : 60; }
+
+[[noreturn]] void RefuseBreak() { throw Exception("ImportMod(): Pattern break beyond the last row"); }
 
 void ReadSampleRecord(FILE* file, ModSample& sample, bool& invalid) {
     uint8_t name[22] = {};
@@ -113,25 +121,25 @@ void ReadSampleRecord(FILE* file, ModSample& sample, bool& invalid) {
     }
 }
 
-void ReadOrders(FILE* file, ModHeader& header) {
+void ReadOrders(FILE* file, ModSong& song, bool& invalid) {
     uint8_t bytes[2] = {};
     ReadInto(file, bytes, sizeof bytes);
-    header.songLength = bytes[0];
-    if (header.songLength == 0 || header.songLength > kOrderSlots) header.invalid = true;
-    ReadInto(file, header.orders.data(), header.orders.size());
+    song.songLength = bytes[0];
+    if (song.songLength == 0 || song.songLength > kOrderSlots) invalid = true;
+    ReadInto(file, song.orders.data(), song.orders.size());
     uint8_t highest = 0;
-    for (uint8_t entry : header.orders) {
-        if (entry >= kOrderSlots) header.invalid = true;
+    for (uint8_t entry : song.orders) {
+        if (entry >= kOrderSlots) invalid = true;
         highest = std::max(highest, entry);
     }
-    header.patternCount = highest + 1;
+    song.patternCount = highest + 1;
 }
 
 // The sample data start 4 bytes before their usual place: the seek counts the
 // patterns from the signature's offset, not from the end of the signature.
-void ReadSampleData(FILE* file, ModHeader& header) {
-    std::fseek(file, kSignatureOffset + static_cast<long>(header.patternCount * kModPatternBytes), SEEK_SET);
-    for (ModSample& sample : header.samples) {
+void ReadSampleData(FILE* file, ModSong& song) {
+    std::fseek(file, kSignatureOffset + static_cast<long>(song.patternCount * kModPatternBytes), SEEK_SET);
+    for (ModSample& sample : song.samples) {
         if (sample.length == 0) continue;
         uint8_t skipped[2];
         ReadInto(file, skipped, sizeof skipped);
@@ -154,32 +162,36 @@ struct ModChannel {
 
 class ModReplay {
 public:
-    ModReplay(Module& module, const ModHeader& header, const std::vector<uint8_t>& patterns)
-        : module_(module),
-          header_(header),
-          patterns_(patterns),
-          rate_(module.IsPal() ? 50 : 60),
+    ModReplay(const ModSong& song, int rate)
+        : song_(song),
+          rate_(rate),
           tempoBase_(static_cast<uint32_t>(rate_) * 3932160u),
           step_(tempoBase_ / (125 * 24)),
-          modPattern_(header.orders[0]) {}
+          modPattern_(song.orders[0]) {}
 
-    // Returns false when a pattern break beyond the last row stopped the replay.
-    bool Run() {
+    // Plays the song until it ends, the module is full or a pattern break
+    // beyond the last row stops it; returns false for the last. The lines go
+    // into `module` when one is given; without one only the timing is followed.
+    bool Run(Module* module) {
+        module_ = module;
         int produced = 0;
         int current = 0;
         uint8_t line = 0;
         while (!ended_ && !invalid_) {
             if (line == 0) {
                 if (produced == kPatterns) break;
-                if (produced > 0) {
-                    module_.CreatePattern(produced);
-                    module_.patternList[produced] = static_cast<uint8_t>(produced);
-                    module_.patternListLength = static_cast<uint16_t>(produced + 1);
+                if (produced > 0 && module_) {
+                    module_->CreatePattern(produced);
+                    module_->patternList[produced] = static_cast<uint8_t>(produced);
+                    module_->patternListLength = static_cast<uint16_t>(produced + 1);
                 }
                 current = produced++;
             }
-            Pattern& out = module_.patterns[current];
-            out.length = static_cast<uint16_t>(line + 1);
+            PatternLine* out = nullptr;
+            if (module_) {
+                module_->patterns[current].length = static_cast<uint16_t>(line + 1);
+                out = &module_->patterns[current].lines[line];
+            }
             for (int half = 0; half < 2; ++half) {
                 if (timer_ < 1) {
                     if (tickCounter_ == 0) {
@@ -188,7 +200,7 @@ public:
                     }
                     timer_ += static_cast<int32_t>(step_);
                 }
-                if (half == 0) WriteCells(out.lines[line]);
+                if (half == 0 && out) WriteCells(*out);
                 timer_ -= kHalfTick;
                 if (timer_ < 1) EndTick();
             }
@@ -200,7 +212,7 @@ public:
 private:
     void ReadRow() {
         if (row_ >= kRows) return;  // only after a refused break, as the replay stops
-        const uint8_t* cell = &patterns_[modPattern_ * kModPatternBytes + static_cast<size_t>(row_) * 16];
+        const uint8_t* cell = &song_.patterns[modPattern_ * kModPatternBytes + static_cast<size_t>(row_) * 16];
         for (int c = 0; c < kChannels; ++c, cell += 4) {
             ModChannel& ch = channels_[c];
             int sampleNumber = (cell[0] & 0xF0) | (cell[2] >> 4);
@@ -213,7 +225,7 @@ private:
             if (period != 0) {
                 // A note without a sample number restarts the previous sample.
                 if (sampleNumber != 0) ch.sample = std::min(sampleNumber, kSampleSlots) - 1;
-                const ModSample& sample = header_.samples[ch.sample];
+                const ModSample& sample = song_.samples[ch.sample];
                 ch.position = 0;
                 ch.volume = sample.volume;
                 ch.period = period;
@@ -259,8 +271,8 @@ private:
             row_ = 0;
         }
         ++orderPosition_;
-        if (orderPosition_ < header_.songLength) {
-            modPattern_ = header_.orders[orderPosition_];
+        if (orderPosition_ < song_.songLength) {
+            modPattern_ = song_.orders[orderPosition_];
         } else {
             ended_ = true;
         }
@@ -306,13 +318,13 @@ private:
             int peak = 0;
             if (ch.active) {
                 long count = static_cast<long>(kAmigaClock / (ch.period * 2.0) / rate_);
-                peak = PlayValues(ch, header_.samples[ch.sample], count);
+                peak = PlayValues(ch, song_.samples[ch.sample], count);
             }
             uint8_t volume = kVolumeTable[(peak * ch.volume * 63) >> 13];
             if (volume == 0 && ch.silenced) continue;
             // An inactive channel keeps the pitch of its last note.
             float frequency = static_cast<float>(kAmigaClock) / (static_cast<float>(ch.period) * 32.0f);
-            NoteAndDetune tone = FrequencyToNote(frequency, module_.frequencyDivider, module_.chipType);
+            NoteAndDetune tone = FrequencyToNote(frequency, module_->frequencyDivider, module_->chipType);
             line.note[c] = tone.note;
             line.detune[c] = volume != 0 ? tone.detune : 0;
             line.instrument[c] = 0;
@@ -321,9 +333,8 @@ private:
         }
     }
 
-    Module& module_;
-    const ModHeader& header_;
-    const std::vector<uint8_t>& patterns_;
+    const ModSong& song_;
+    Module* module_ = nullptr;
     const int rate_;
     const uint32_t tempoBase_;
     uint32_t step_;  // output lines per MOD tick, 16.16
@@ -340,41 +351,52 @@ private:
     std::array<ModChannel, kChannels> channels_{};
 };
 
-}  // namespace
-
-bool ImportMod(Module& module, FILE* file, const std::string&, ImportOptionsProvider& options) {
-    auto header = std::make_unique<ModHeader>();
+std::unique_ptr<ModSong> ReadMod(FILE* file) {
+    auto song = std::make_unique<ModSong>();
     std::fseek(file, 0, SEEK_SET);
     uint8_t name[20] = {};
     ReadInto(file, name, sizeof name);
     // The name ends at the digit zero as well as at the end of its field.
-    header->name = PrintableText(name, sizeof name, '0');
-    ModImportOptions proposal;
-    proposal.name = header->name;
-    std::string sampleText;
-    for (ModSample& sample : header->samples) {
-        ReadSampleRecord(file, sample, header->invalid);
-        proposal.sampleNames.push_back(sample.name);
-        sampleText += sample.name + "\n";
-    }
+    song->name = PrintableText(name, sizeof name, '0');
+    bool invalid = false;
+    for (ModSample& sample : song->samples) ReadSampleRecord(file, sample, invalid);
+    ReadOrders(file, *song, invalid);
+    if (invalid) throw Exception("ImportMod(): Invalid MOD header");
+    ReadSampleData(file, *song);
+    song->patterns.assign(song->patternCount * kModPatternBytes, 0);
+    std::fseek(file, kPatternOffset, SEEK_SET);
+    ReadInto(file, song->patterns.data(), song->patterns.size());
 
+    // How far the replay gets depends on the tick rate, which is chosen later:
+    // a file refused at both rates is refused now, one refused at a single
+    // rate once that rate is chosen.
+    for (uint8_t chipType : {kChipNtsc, kChipPal}) {
+        song->refusedBreak[chipType] = !ModReplay(*song, TickRate(chipType)).Run(nullptr);
+    }
+    if (song->refusedBreak[kChipNtsc] && song->refusedBreak[kChipPal]) RefuseBreak();
+    return song;
+}
+
+}  // namespace
+
+bool ImportMod(Module& module, FILE* file, const std::string&, ImportOptionsProvider& options) {
+    const std::unique_ptr<ModSong> song = ReadMod(file);
+
+    ModImportOptions proposal;
+    proposal.name = song->name;
+    for (const ModSample& sample : song->samples) proposal.sampleNames.push_back(sample.name);
     std::optional<ModImportOptions> chosen = options.ChooseModOptions(proposal);
     if (!chosen) return false;
-    if (chosen->chip.chipType > kChipPal || chosen->chip.frequencyDivider > kDivider2x) {
-        throw Exception("ImportMod(): All chip settings must be set.");
-    }
+    RequireChipSettings(chosen->chip, "ImportMod");
+    if (song->refusedBreak[chosen->chip.chipType]) RefuseBreak();
+
     module.NewModule(chosen->chip);
-    module.title = header->name;
+    module.title = song->name;
     // One sample name a line: when the notes are cut to what a module file
     // holds, they keep whole names.
+    std::string sampleText;
+    for (const ModSample& sample : song->samples) sampleText += sample.name + "\n";
     module.notes = sampleText;
-
-    ReadOrders(file, *header);
-    if (header->invalid) throw Exception("ImportMod(): Invalid MOD header");
-    ReadSampleData(file, *header);
-    std::vector<uint8_t> patterns(header->patternCount * kModPatternBytes, 0);
-    std::fseek(file, kPatternOffset, SEEK_SET);
-    ReadInto(file, patterns.data(), patterns.size());
 
     PatternLine& first = module.patterns[0].lines[0];
     first.note = {kNoteNull, kNoteNull, kNoteNull, kFirstNoiseNote + 6};  // "WLo" on the noise channel
@@ -382,10 +404,10 @@ bool ImportMod(Module& module, FILE* file, const std::string&, ImportOptionsProv
     first.instrument.fill(0);
     first.volume.fill(0);
 
-    bool valid = ModReplay(module, *header, patterns).Run();
+    // At this tick rate the replay meets no refused break: that was settled above.
+    ModReplay(*song, TickRate(module.chipType)).Run(&module);
     first.command = kCommandSP;
     first.commandParam = 8;  // one tick per line
-    if (!valid) throw Exception("ImportMod(): Pattern break beyond the last row");
     return true;
 }
 

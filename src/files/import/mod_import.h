@@ -26,8 +26,10 @@ struct ModImportOptions {
 };
 
 // The stream is positioned at the start of the file. Returns false, leaving
-// the module untouched, when the caller declines the options. Throws Exception
-// for a malformed file; the module then already holds what was imported so far.
+// the module untouched, when the caller declines the options. Throws Exception,
+// again leaving the module untouched, for a malformed file: a bad sample
+// record or song order, or a pattern break beyond the last row that the
+// replay reaches before the module is full (at the chosen tick rate).
 bool ImportMod(Module& module, FILE* file, const std::string& path, ImportOptionsProvider& options);
 
 }  // namespace sondrel

@@ -196,9 +196,13 @@ void PlayCommands(const std::vector<uint8_t>& data, VgmFrameWriter& writer) {
     writer.Finish();
 }
 
-}  // namespace
+// What the header and the command data of a log hold.
+struct VgmLog {
+    VgmImportOptions proposal;
+    std::vector<uint8_t> commands;
+};
 
-bool ImportVgm(Module& module, const std::string& path, ImportOptionsProvider& options) {
+VgmLog ReadVgm(const std::string& path) {
     UniqueGzFile file(gzopen(path.c_str(), "rb"));
     if (!file) throw FileIOException("ImportVgm(): Can't open file");
     uint8_t start[8] = {};
@@ -209,7 +213,8 @@ bool ImportVgm(Module& module, const std::string& path, ImportOptionsProvider& o
     gzseek(file.get(), 0, SEEK_SET);
     gzread(file.get(), header, sizeof header);
     const uint32_t endOffset = Le32(header + 0x04);
-    VgmImportOptions proposal;
+    VgmLog log;
+    VgmImportOptions& proposal = log.proposal;
     proposal.chipClock = Le32(header + 0x0C);
     proposal.rate = Le32(header + 0x24);
     proposal.noisePattern = Le16(header + 0x28);
@@ -219,19 +224,26 @@ bool ImportVgm(Module& module, const std::string& path, ImportOptionsProvider& o
     bool palLog = proposal.rate == 50 || (proposal.chipClock & ~kClockFlags) == kPalClock;
     proposal.chip = {kDivider1x, palLog ? kChipPal : kChipNtsc};
 
-    std::optional<VgmImportOptions> chosen = options.ChooseVgmOptions(proposal);
-    if (!chosen) return false;
-    if (chosen->chip.chipType > kChipPal || chosen->chip.frequencyDivider > kDivider2x) {
-        throw Exception("ImportVgm(): All chip settings must be set.");
-    }
-    module.NewModule(chosen->chip);
-    VgmFrameWriter writer(module, module.IsPal());
-
     // The commands are read from the end of the 64-byte header to the end
     // that the header gives, whatever it says about where the data begin.
     const int64_t dataLength = int64_t{endOffset} - 60;
     if (dataLength < 0) throw Exception("ImportVgm(): The header leaves no room for command data");
-    PlayCommands(ReadCommandData(file.get(), static_cast<uint64_t>(dataLength)), writer);
+    log.commands = ReadCommandData(file.get(), static_cast<uint64_t>(dataLength));
+    return log;
+}
+
+}  // namespace
+
+bool ImportVgm(Module& module, const std::string& path, ImportOptionsProvider& options) {
+    const VgmLog log = ReadVgm(path);
+
+    std::optional<VgmImportOptions> chosen = options.ChooseVgmOptions(log.proposal);
+    if (!chosen) return false;
+    RequireChipSettings(chosen->chip, "ImportVgm");
+
+    module.NewModule(chosen->chip);
+    VgmFrameWriter writer(module, module.IsPal());
+    PlayCommands(log.commands, writer);
     return true;
 }
 

@@ -26,9 +26,9 @@ struct VgmImportOptions {
 };
 
 // Opens the file by name (plain or gzip). Returns false, leaving the module
-// untouched, when the caller declines the options. Throws Exception when the
-// file can't be opened, doesn't begin with "Vgm " or its header gives no room
-// for command data.
+// untouched, when the caller declines the options. Throws Exception, again
+// before the module is touched, when the file can't be opened, doesn't begin
+// with "Vgm " or its header gives no room for command data.
 bool ImportVgm(Module& module, const std::string& path, ImportOptionsProvider& options);
 
 }  // namespace sondrel

@@ -186,6 +186,15 @@ TEST(ModImport, MalformedHeadersAndBreaksAreRefused) {
     for (const ModFile& mod : {loud, loopFromStart, loopPastEnd, ModFile(1, {}), ModFile(1, {0, 128}), badBreak}) {
         EXPECT_THROW(mod.Import(), Exception);
     }
+    // A break after 30 patterns of 1984 ticks refuses the file at 50 ticks a
+    // second, but at 60 the module is full before the replay gets there.
+    ModFile lateBreak(2, Bytes(30, 0));
+    lateBreak.bytes[950] = 31, lateBreak.bytes[952 + 30] = 1;
+    lateBreak.Cell(0, 0, 1, 0, 0, 0xF, 31);
+    lateBreak.Cell(1, 0, 2, 0, 0, 0xD, 0x64);
+    Chooser ntsc;
+    ntsc.chipType = kChipNtsc;
+    EXPECT_EQ(TotalLines(*lateBreak.Import(ntsc)), kPatterns * kMaxLines);
 }
 
 }  // namespace
