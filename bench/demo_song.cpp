@@ -16,10 +16,8 @@ std::filesystem::path DemoPath() {
 std::unique_ptr<Module> LoadDemo() {
     const auto path = DemoPath();
     if (path.empty()) return nullptr;
-    auto module = std::make_unique<Module>();
     ImportOptionsProvider defaults;
-    if (!LoadAnyFile(*module, path.string(), defaults)) return nullptr;
-    return module;
+    return LoadNewModule(path.string(), defaults);
 }
 
 }  // namespace sondrel::bench

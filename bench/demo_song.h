@@ -12,7 +12,7 @@ namespace sondrel::bench {
 // tree; empty when neither exists.
 std::filesystem::path DemoPath();
 
-// The demo song loaded, or null when it can't be found or loaded.
+// The demo song loaded, or null when it can't be found; throws when it does not load.
 std::unique_ptr<Module> LoadDemo();
 
 }  // namespace sondrel::bench

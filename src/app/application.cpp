@@ -200,15 +200,15 @@ void Application::RequestClose() {
 }
 
 bool Application::LoadModule(const std::string& path) {
-    auto fresh = std::make_unique<Module>();
-    fresh->NewModule({kDivider1x, kChipNtsc});
     ProposedImportOptions options;
+    std::unique_ptr<Module> fresh;
     try {
-        if (!LoadAnyFile(*fresh, path, options)) return false;
+        fresh = LoadNewModule(path, options);
     } catch (const Exception&) {
         platform_.ShowMessage(kCouldNotLoadModule);
         return false;
     }
+    if (!fresh) return false;
     std::lock_guard<AudioMutex> lock(*audioMutex_);
     song_->Stop();
     *module_ = std::move(*fresh);

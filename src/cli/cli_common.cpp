@@ -125,15 +125,13 @@ std::optional<BasicImportOptions> FlagImportOptions::ChooseBasicOptions(const Ba
 namespace {
 
 std::unique_ptr<Module> Load(const std::string& path, ImportOptionsProvider& options, FileKind kind) {
-    auto module = std::make_unique<Module>();
-    module->NewModule({});
+    std::unique_ptr<Module> module;
     try {
-        const bool loaded = kind == FileKind::Unknown ? LoadAnyFile(*module, path, options)
-                                                      : LoadFileAs(*module, path, kind, options);
-        if (!loaded) throw Failure{kCouldNotLoadModule, "the import was cancelled"};
+        module = LoadNewModule(path, options, kind);
     } catch (const Exception& e) {
         throw Failure{kCouldNotLoadModule, e.what()};
     }
+    if (!module) throw Failure{kCouldNotLoadModule, "the import was cancelled"};
     return module;
 }
 

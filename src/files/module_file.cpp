@@ -368,8 +368,8 @@ FileKind DetectFileKind(const std::string& path) {
 
 namespace {
 
-bool LoadOpenFile(Module& module, UniqueFile file, const std::string& path, FileKind kind,
-                  ImportOptionsProvider& options) {
+std::unique_ptr<Module> LoadOpenFile(UniqueFile file, const std::string& path, FileKind kind,
+                                     ImportOptionsProvider& options) {
     std::fseek(file.get(), 0, SEEK_SET);
     auto fresh = std::make_unique<Module>();
     bool loaded = false;
@@ -398,7 +398,7 @@ bool LoadOpenFile(Module& module, UniqueFile file, const std::string& path, File
         case FileKind::Unknown:
             throw Exception("LoadAnyFile(): Unknown file type");
     }
-    if (!loaded) return false;
+    if (!loaded) return nullptr;
     if (kind == FileKind::CurrentModule) {
         SplitPath(path, fresh->directory, fresh->fileName);
     } else {
@@ -406,23 +406,36 @@ bool LoadOpenFile(Module& module, UniqueFile file, const std::string& path, File
         fresh->fileName.clear();
         options.TextsChanged(MakeModuleTextsStorable(*fresh));
     }
-    module = std::move(*fresh);
+    return fresh;
+}
+
+// Opens the file and loads it as the kind given or, with detect, as the kind its content says.
+std::unique_ptr<Module> OpenAndLoad(const std::string& path, FileKind kind, bool detect,
+                                    ImportOptionsProvider& options) {
+    UniqueFile file = OpenFile(path, "rb");
+    if (!file) throw FileIOException("LoadAnyFile(): Can't open file");
+    if (detect) kind = DetectFileKind(file.get(), path);
+    return LoadOpenFile(std::move(file), path, kind, options);
+}
+
+bool MoveInto(Module& module, std::unique_ptr<Module> loaded) {
+    if (!loaded) return false;
+    module = std::move(*loaded);
     return true;
 }
 
 }  // namespace
 
 bool LoadFileAs(Module& module, const std::string& path, FileKind kind, ImportOptionsProvider& options) {
-    UniqueFile file = OpenFile(path, "rb");
-    if (!file) throw FileIOException("LoadAnyFile(): Can't open file");
-    return LoadOpenFile(module, std::move(file), path, kind, options);
+    return MoveInto(module, OpenAndLoad(path, kind, false, options));
 }
 
 bool LoadAnyFile(Module& module, const std::string& path, ImportOptionsProvider& options) {
-    UniqueFile file = OpenFile(path, "rb");
-    if (!file) throw FileIOException("LoadAnyFile(): Can't open file");
-    const FileKind kind = DetectFileKind(file.get(), path);
-    return LoadOpenFile(module, std::move(file), path, kind, options);
+    return MoveInto(module, OpenAndLoad(path, FileKind::Unknown, true, options));
+}
+
+std::unique_ptr<Module> LoadNewModule(const std::string& path, ImportOptionsProvider& options, FileKind kind) {
+    return OpenAndLoad(path, kind, kind == FileKind::Unknown, options);
 }
 
 }  // namespace sondrel

@@ -4,6 +4,7 @@
 // which loader or importer gets a file the user opens.
 
 #include <cstdio>
+#include <memory>
 #include <string>
 
 #include "files/import/importers.h"
@@ -57,6 +58,12 @@ bool LoadFileAs(Module& module, const std::string& path, FileKind kind, ImportOp
 // module is changed only on success: after a native load it records the path,
 // after an import it has no path, so the first save asks for one.
 bool LoadAnyFile(Module& module, const std::string& path, ImportOptionsProvider& options);
+
+// LoadAnyFile's work (LoadFileAs's when a kind other than Unknown is given)
+// into a module of its own, which saves a copy when the caller has no module
+// yet. Null when the user cancelled an import.
+std::unique_ptr<Module> LoadNewModule(const std::string& path, ImportOptionsProvider& options,
+                                      FileKind kind = FileKind::Unknown);
 
 // The recorded directory and file name joined; empty when the module has no name.
 std::string RecordedPath(const Module& module);
