@@ -27,7 +27,7 @@ double ThreadSeconds() {
     return static_cast<double>(now.tv_sec) + static_cast<double>(now.tv_nsec) * 1e-9;
 }
 
-// The demo's pattern list played over and over in one pass of about four minutes.
+// The demo's pattern list played over and over: one pass of about five minutes.
 std::unique_ptr<Module> LongSong() {
     auto module = bench::LoadDemo();
     if (!module) return nullptr;
