@@ -26,7 +26,7 @@ namespace sondrel {
 #ifdef SONDREL_PLAIN_MODULE_MEMORY
 
 void* Module::operator new(std::size_t size) { return ::operator new(size); }
-void Module::operator delete(void* block, std::size_t size) noexcept { ::operator delete(block, size); }
+void Module::operator delete(void* block, std::size_t) noexcept { ::operator delete(block); }
 
 #else
 
