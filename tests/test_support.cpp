@@ -4,6 +4,7 @@
 
 #include <array>
 #include <cstdio>
+#include <cstdlib>
 
 #include <fstream>
 #include <iterator>
@@ -44,6 +45,21 @@ int RunCommand(const std::string& commandLine, std::string& output) {
     const int status = pclose(pipe);
     return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
 }
+
+static void SetOrUnset(const char* name, const std::optional<std::string>& value) {
+    if (value) {
+        setenv(name, value->c_str(), 1);
+    } else {
+        unsetenv(name);
+    }
+}
+
+ScopedEnv::ScopedEnv(const char* name, const std::optional<std::string>& value) : name_(name) {
+    if (const char* old = std::getenv(name)) saved_ = old;
+    SetOrUnset(name, value);
+}
+
+ScopedEnv::~ScopedEnv() { SetOrUnset(name_, saved_); }
 
 ScratchDir::ScratchDir() {
     std::random_device rd;

@@ -3,6 +3,7 @@
 // corpus are, and scratch directories that clean up after themselves.
 
 #include <filesystem>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -20,6 +21,19 @@ void WriteBytes(const std::filesystem::path& path, const std::vector<unsigned ch
 // Runs a shell command line; returns its exit code (-1 when it did not exit
 // normally) with its standard output and error together in output.
 int RunCommand(const std::string& commandLine, std::string& output);
+
+// Sets (or, with nullopt, removes) an environment variable for one scope.
+class ScopedEnv {
+public:
+    ScopedEnv(const char* name, const std::optional<std::string>& value);
+    ~ScopedEnv();
+    ScopedEnv(const ScopedEnv&) = delete;
+    ScopedEnv& operator=(const ScopedEnv&) = delete;
+
+private:
+    const char* name_;
+    std::optional<std::string> saved_;
+};
 
 // A fresh directory below the system's temporary directory, removed on destruction.
 class ScratchDir {

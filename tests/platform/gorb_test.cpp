@@ -5,6 +5,7 @@
 
 #include <cstring>
 #include <filesystem>
+#include <tuple>
 #include <utility>
 
 #include "model/exception.h"
@@ -146,23 +147,16 @@ TEST(GorbDisplay, WindowFramesAndInputEvents) {
 
     Gorb_Event got;
     ASSERT_TRUE(Gorb_GetEvent(got));
-    EXPECT_EQ(got.type, kGorbKeyDown);
-    EXPECT_EQ(got.key, 44);
-    EXPECT_EQ(got.character, 'z');
+    EXPECT_EQ(std::tuple(got.type, got.key, got.character), std::tuple(kGorbKeyDown, 44, 'z'));
     ASSERT_TRUE(Gorb_GetEvent(got));
-    EXPECT_EQ(got.key, 15);
-    EXPECT_EQ(got.character, 9);
-    EXPECT_TRUE(got.repeat);
+    EXPECT_EQ(std::tuple(got.key, got.character, got.repeat), std::tuple(15, 9, true));
     ASSERT_TRUE(Gorb_GetEvent(got));
-    EXPECT_EQ(got.type, kGorbButton2Down);
-    EXPECT_EQ(got.x, 30);
-    EXPECT_EQ(got.y, 40);
+    EXPECT_EQ(std::tuple(got.type, got.x, got.y), std::tuple(kGorbButton2Down, 30, 40));
     int x = 0, y = 0;
     EXPECT_EQ(Gorb_GetMouseState(x, y), kGorbMouseSecond);
     EXPECT_EQ(x, 30);
     ASSERT_TRUE(Gorb_GetEvent(got));
-    EXPECT_EQ(got.type, kGorbWheelDown);
-    EXPECT_EQ(got.delta, -2);
+    EXPECT_EQ(std::tuple(got.type, got.delta), std::tuple(kGorbWheelDown, -2));
     ASSERT_TRUE(Gorb_GetEvent(got));
     EXPECT_EQ(got.type, kGorbCloseRequest);
     EXPECT_FALSE(Gorb_GetEvent(got));

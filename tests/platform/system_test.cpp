@@ -3,8 +3,6 @@
 
 #include <chrono>
 #include <csignal>
-#include <cstdlib>
-#include <optional>
 #include <thread>
 
 #include "model/exception.h"
@@ -16,17 +14,6 @@
 
 namespace sondrel {
 namespace {
-
-// Sets an environment variable for one scope.
-struct ScopedEnvironment {
-    ScopedEnvironment(const char* name, const std::string& value) : name(name) {
-        if (const char* old = std::getenv(name)) saved = old;
-        setenv(name, value.c_str(), 1);
-    }
-    ~ScopedEnvironment() { saved ? (void)setenv(name, saved->c_str(), 1) : (void)unsetenv(name); }
-    const char* name;
-    std::optional<std::string> saved;
-};
 
 TEST(FaultTrap, FaultsInsideBecomeExceptionsAndTheTrapCanBeUsedAgain) {
     EXPECT_THROW(RunTranslatingFaults([] { std::raise(SIGSEGV); }), Exception);
@@ -56,7 +43,7 @@ TEST(FaultTrap, AFaultOutsideTheTrapStillKillsTheProcess) {
 }
 
 TEST(Devices, AbsentDevicesFailQuietly) {
-    ScopedEnvironment driver("SDL_AUDIODRIVER", "dummy");
+    test::ScopedEnv driver("SDL_AUDIODRIVER", "dummy");
     SdlSoundBuffer buffer;
     EXPECT_FALSE(buffer.Create());
     uint32_t cursor = 0;
@@ -73,8 +60,8 @@ TEST(Devices, AbsentDevicesFailQuietly) {
 // The disk driver plays into a file in real time, so the cursor moves as on a sound card.
 TEST(SdlSoundBuffer, TheDeviceLoopsThroughTheBufferAndWritesWhatWasLocked) {
     test::ScratchDir dir;
-    ScopedEnvironment driver("SDL_AUDIODRIVER", "disk");
-    ScopedEnvironment file("SDL_DISKAUDIOFILE", (dir / "out.raw").string());
+    test::ScopedEnv driver("SDL_AUDIODRIVER", "disk");
+    test::ScopedEnv file("SDL_DISKAUDIOFILE", (dir / "out.raw").string());
     SdlSoundBuffer buffer;
     if (!buffer.Create()) GTEST_SKIP() << "SDL has no disk audio driver: " << SDL_GetError();
 
@@ -108,7 +95,7 @@ TEST(SdlSoundBuffer, TheDeviceLoopsThroughTheBufferAndWritesWhatWasLocked) {
 }
 
 TEST(MessageBox, HeadlessMessagesGoToStandardError) {
-    ScopedEnvironment video("SDL_VIDEODRIVER", "offscreen");
+    test::ScopedEnv video("SDL_VIDEODRIVER", "offscreen");
     ::testing::internal::CaptureStderr();
     ShowMessageBox("Couldn't load module.");
     EXPECT_EQ(::testing::internal::GetCapturedStderr(), "Couldn't load module.\n");
