@@ -64,14 +64,10 @@ class FakeMidiDevice : public MidiDevice {
 public:
     explicit FakeMidiDevice(Machine& machine) : m_(machine) {}
     bool Open(unsigned deviceId, Callback callback) override {
-        m_.log.push_back("midi open " + std::to_string(deviceId));
         m_.midiSend = std::move(callback);
-        return true;
+        return m_.log.push_back("midi open " + std::to_string(deviceId)), true;
     }
-    void Close() override {
-        m_.log.push_back("midi close" + m_.PreferencesState());
-        m_.midiSend = nullptr;
-    }
+    void Close() override { m_.log.push_back("midi close" + m_.PreferencesState()), m_.midiSend = nullptr; }
 
 private:
     Machine& m_;
@@ -86,10 +82,7 @@ public:
         return displayOpens;
     }
     void SetWindowTitle(const std::string& title) override { log.push_back("title " + title); }
-    void CloseDisplay() override {
-        log.push_back("close display");
-        screen.reset();
-    }
+    void CloseDisplay() override { log.push_back("close display"), screen.reset(); }
     void UpdateInput() override {}
     bool GetEvent(Gorb_Event& event) override {
         if (events.empty()) return false;
@@ -117,10 +110,7 @@ public:
 };
 
 AppOptions ExitAfter(long frames, bool playOnStart = false) {
-    AppOptions options;
-    options.exitAfterFrames = frames;
-    options.playOnStart = playOnStart;
-    return options;
+    return {.exitAfterFrames = frames, .playOnStart = playOnStart, .screenshot = {}};
 }
 
 struct ApplicationTest : ::testing::Test {
@@ -229,9 +219,7 @@ TEST_F(ApplicationTest, AnExceptionOrAFaultInTheLoopSavesTheModuleAndShutsDown) 
         throw InternalException("broken");
     };
     {
-        AppOptions options;
-        options.screenshot = "last.png";
-        Application app(platform, paths, options);
+        Application app(platform, paths, {.screenshot = "last.png"});
         running = &app;
         EXPECT_EQ(app.Run("sondrel song.sdrltk"), 0);
         EXPECT_EQ(app.Frames(), 1);
@@ -250,9 +238,7 @@ TEST_F(ApplicationTest, AnExceptionOrAFaultInTheLoopSavesTheModuleAndShutsDown) 
     fs::remove(paths.preferencesDirectory / crashName);
     platform.log.clear();
     platform.onFrame = nullptr;
-    AppOptions faulting;
-    faulting.faultAfterFrames = 3;
-    Application app(platform, paths, faulting);
+    Application app(platform, paths, {.faultAfterFrames = 3, .screenshot = {}});
     EXPECT_EQ(app.Run("sondrel"), 0);
     EXPECT_EQ(std::count(platform.log.begin(), platform.log.end(), crashMessage), 1);
     EXPECT_TRUE(fs::exists(paths.preferencesDirectory / crashName));

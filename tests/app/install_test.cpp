@@ -22,13 +22,15 @@ std::set<fs::path> FilesBelow(const fs::path& root) {
     return files;
 }
 
+std::string Quoted(const fs::path& path) { return "'" + path.string() + "'"; }
+
 TEST(Install, BothProgramsRunFromTheInstalledTreeAndLeaveItAsInstalled) {
     test::ScratchDir scratch;
     const fs::path prefix = scratch / "prefix";
     std::string output;
-    ASSERT_EQ(test::RunCommand("'" SONDREL_CMAKE_COMMAND "' --install '" SONDREL_BUILD_DIR "' --prefix '" +
-                                   prefix.string() + "'",
-                               output),
+    const auto run = [&output](const std::string& command) { return test::RunCommand(command, output); };
+    ASSERT_EQ(run(Quoted(SONDREL_CMAKE_COMMAND) + " --install " + Quoted(SONDREL_BUILD_DIR) + " --prefix " +
+                  Quoted(prefix)),
               0)
         << output;
 
@@ -37,31 +39,21 @@ TEST(Install, BothProgramsRunFromTheInstalledTreeAndLeaveItAsInstalled) {
     for (const fs::path& file : FilesBelow(test::SourceDir() / "data")) expected.insert("share/sondrel" / file);
     const std::set<fs::path> installed = FilesBelow(prefix);
     for (const fs::path& file : expected) EXPECT_TRUE(installed.count(file)) << file << " was not installed";
-
-    EXPECT_EQ(test::RunCommand("desktop-file-validate '" + (prefix / "share/applications/sondrel.desktop").string() +
-                                   "'",
-                               output),
-              0)
-        << output;
+    EXPECT_EQ(run("desktop-file-validate " + Quoted(prefix / "share/applications/sondrel.desktop")), 0) << output;
 
     // Run from elsewhere, so that only the executable's place can lead to the files.
     const fs::path elsewhere = scratch / "elsewhere";
     fs::create_directories(elsewhere);
-    const std::string cd = "cd '" + elsewhere.string() + "' && ";
-    ASSERT_EQ(test::RunCommand(cd + "'" + (prefix / "bin/sondrel-cli").string() + "' info '" +
-                                   (prefix / "share/sondrel/demo.sdrltk").string() + "'",
-                               output),
+    const std::string cd = "cd " + Quoted(elsewhere) + " && ";
+    ASSERT_EQ(run(cd + Quoted(prefix / "bin/sondrel-cli") + " info " + Quoted(prefix / "share/sondrel/demo.sdrltk")),
               0)
         << output;
     EXPECT_NE(output.find("Four Corners"), std::string::npos) << output;
 
     const fs::path config = scratch / "config";
-    ASSERT_EQ(test::RunCommand(cd + "env HOME='" + (scratch / "home").string() + "' XDG_CONFIG_HOME='" +
-                                   config.string() +
-                                   "' SDL_VIDEODRIVER=offscreen SDL_AUDIODRIVER=dummy ASAN_OPTIONS=detect_leaks=0 "
-                                   "SONDREL_EXIT_AFTER_FRAMES=30 SONDREL_SCREENSHOT=shot.png '" +
-                                   (prefix / "bin/sondrel").string() + "'",
-                               output),
+    ASSERT_EQ(run(cd + "env HOME=" + Quoted(scratch / "home") + " XDG_CONFIG_HOME=" + Quoted(config) +
+                  " SDL_VIDEODRIVER=offscreen SDL_AUDIODRIVER=dummy ASAN_OPTIONS=detect_leaks=0"
+                  " SONDREL_EXIT_AFTER_FRAMES=30 SONDREL_SCREENSHOT=shot.png " + Quoted(prefix / "bin/sondrel")),
               0)
         << output;
     EXPECT_EQ(output.find("runtime files"), std::string::npos) << output;

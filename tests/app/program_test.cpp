@@ -2,14 +2,10 @@
 // so that its preferences and crash files land there.
 
 #include <gtest/gtest.h>
-#include <sys/wait.h>
 
-#include <array>
 #include <algorithm>
-#include <cstdio>
 #include <cstring>
 #include <ctime>
-#include <regex>
 #include <string>
 
 #include "files/module_file.h"
@@ -37,17 +33,11 @@ protected:
     }
 
     ProgramRun Run(const std::string& environment, const std::string& arguments = "") {
-        const std::string command = "cd '" + dir.Path().string() +
-                                    "' && env SDL_VIDEODRIVER=dummy SDL_AUDIODRIVER=dummy " + environment +
-                                    " ./sondrel " + arguments + " 2>&1";
         ProgramRun run;
-        FILE* pipe = popen(command.c_str(), "r");
-        if (!pipe) return run;
-        std::array<char, 4096> buffer{};
-        size_t got;
-        while ((got = fread(buffer.data(), 1, buffer.size(), pipe)) > 0) run.output.append(buffer.data(), got);
-        const int status = pclose(pipe);
-        run.exitCode = WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+        run.exitCode = test::RunCommand("cd '" + dir.Path().string() +
+                                            "' && env SDL_VIDEODRIVER=dummy SDL_AUDIODRIVER=dummy " + environment +
+                                            " ./sondrel " + arguments,
+                                        run.output);
         return run;
     }
 
@@ -111,20 +101,13 @@ TEST_F(ProgramTest, AFaultInTheLoopLeavesALoadableCrashFileNamedByTheUtcTime) {
     EXPECT_NE(run.output.find("Sondrel has crashed.\nThe current module is saved as crash("), std::string::npos)
         << run.output;
 
-    const std::regex pattern(R"(crash\((\d+)\.(\d+)\.(\d+) (\d+)\.(\d+)\.(\d+)\)\.sdrltk\.)");
     int found = 0;
     for (const auto& entry : fs::directory_iterator(dir.Path())) {
         const std::string name = entry.path().filename().string();
-        std::smatch parts;
-        if (!std::regex_match(name, parts, pattern)) continue;
-        ++found;
         std::tm time{};
-        time.tm_year = std::stoi(parts[1]) - 1900;
-        time.tm_mon = std::stoi(parts[2]) - 1;
-        time.tm_mday = std::stoi(parts[3]);
-        time.tm_hour = std::stoi(parts[4]);
-        time.tm_min = std::stoi(parts[5]);
-        time.tm_sec = std::stoi(parts[6]);
+        const char* rest = strptime(name.c_str(), "crash(%Y.%m.%d %H.%M.%S", &time);
+        if (!rest || std::string(rest) != ").sdrltk.") continue;
+        ++found;
         const std::time_t written = timegm(&time);
         EXPECT_GE(written, before) << name;
         EXPECT_LE(written, after) << name;
