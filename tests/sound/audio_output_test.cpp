@@ -22,20 +22,10 @@ using Piece = std::pair<uint32_t, uint32_t>;
 // A sound buffer whose play cursor the test moves by hand.
 class FakeSoundBuffer : public SoundBuffer {
 public:
-    bool Create() override {
-        ++creates;
-        return createSucceeds;
-    }
+    bool Create() override { return ++creates, createSucceeds; }
     void Release() override { ++releases; }
-    bool Play() override {
-        playing = true;
-        return true;
-    }
-    bool GetPlayCursor(uint32_t& position) override {
-        position = cursor.load();
-        seenCursor = position;
-        return true;
-    }
+    bool Play() override { return playing = true; }
+    bool GetPlayCursor(uint32_t& position) override { return seenCursor = position = cursor.load(), true; }
     bool Lock(uint32_t offset, uint32_t bytes, SoundBufferRegions& regions) override {
         std::lock_guard<std::mutex> lock(logMutex);
         // The distance rule, seen from the device: what is written lies in the

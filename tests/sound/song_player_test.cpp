@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 
 #include <memory>
+#include <tuple>
 #include <utility>
 #include <vector>
 
@@ -128,13 +129,18 @@ TEST(SongPlayerTest, OnePatternStopsAtItsEnd) {
     EXPECT_EQ(f.player->Chip().Attenuation(0), 15);
 }
 
-TEST(SongPlayerTest, NotesReachTheChip) {
+TEST(SongPlayerTest, NotesReachTheChipAndNotesAChannelCannotPlayFallSilent) {
     Fixture f;
     f.Note(0, 0, 0, 57, 12);
     f.Line(0, 0).detune[0] = 5;
     f.Note(0, 0, 1, kNoteNull, 9);
     f.Note(0, 0, 3, 250, 7);
     f.Note(0, 0, 2, 60, 15);
+    // Channel 1 can't play a noise note, channel 3 no low tone, channel 0 nothing below 45.
+    f.Note(0, 1, 1, 248);
+    f.Note(0, 1, 3, 100);
+    f.Note(0, 1, 0, 44);
+    f.player->SetSpeed(8);
     f.player->Start(0, 0, false);
     f.player->Tick();
     const SoundChip& chip = f.player->Chip();
@@ -145,25 +151,15 @@ TEST(SongPlayerTest, NotesReachTheChip) {
     EXPECT_EQ(chip.NoiseRate(), 3);  // "PC2": periodic noise following tone channel 2
     EXPECT_EQ(chip.NoiseWhite(), 0);
     EXPECT_EQ(chip.Attenuation(3), 8);
-    EXPECT_TRUE(f.player->GetVoice(0).started);
-    EXPECT_TRUE(f.player->GetVoice(0).active);
-    f.player->Tick();
-    EXPECT_FALSE(f.player->GetVoice(0).started);
-    EXPECT_TRUE(f.player->GetVoice(0).active);
-}
-
-TEST(SongPlayerTest, NotesAChannelCannotPlayFallSilent) {
-    Fixture f;
-    for (auto [channel, note] : {std::pair{3, 100}, {1, 248}, {0, 44}, {2, int{kNoteNull}}})
-        f.Note(0, 0, channel, static_cast<uint8_t>(note));
-    f.player->Start(0, 0, false);
+    EXPECT_TRUE(f.player->GetVoice(0).started && f.player->GetVoice(0).active);
     f.player->Tick();
     for (int c : {0, 1, 3}) {
         EXPECT_FALSE(f.player->GetVoice(c).active) << c;
         EXPECT_TRUE(f.player->GetVoice(c).started) << c;
-        EXPECT_EQ(f.player->Chip().Attenuation(c), 15) << c;
+        EXPECT_EQ(chip.Attenuation(c), 15) << c;
     }
-    EXPECT_EQ(f.player->Chip().Attenuation(2), 0);
+    EXPECT_FALSE(f.player->GetVoice(2).started);  // still sounding from the line before
+    EXPECT_EQ(chip.Attenuation(2), 0);
 }
 
 TEST(SongPlayerTest, EnvelopeSetsTheEffectiveVolumeAndWrapsOnOverflow) {
@@ -214,7 +210,7 @@ TEST(SongPlayerTest, EnvelopePhasesAndTheHeldLastPhase) {
     EXPECT_EQ(voice.delayCount, 0);
 }
 
-TEST(SongPlayerTest, PitchVariationAlternatesLinesAndWrapsAsASignedByte) {
+TEST(SongPlayerTest, VibratoPlusPitchVariationWrapsAsASignedByte) {
     Module module;
     module.NewModule({});
     Instrument& inst = module.instruments[0];
@@ -228,34 +224,25 @@ TEST(SongPlayerTest, PitchVariationAlternatesLinesAndWrapsAsASignedByte) {
     voice.Update(chip, 0, 99);  // 35 + 99 = 134: -122
     EXPECT_EQ(voice.vibratoOffset, -122);
     EXPECT_EQ(chip.TonePeriod(0), (TonePeriod(60) - 122) & 0x3FF);
-
-    Fixture f;
-    f.Note(0, 0, 0, 60);
-    f.ChannelCommand(0, 0, kChannelCommandPV, 10);
-    f.ChannelCommand(2, 0, kChannelCommandPV, 0);
-    f.player->SetSpeed(8);
-    f.player->Start(0, 0, false);
-    std::vector<int> periods;
-    for (int i = 0; i < 4; ++i) {
-        f.player->Tick();
-        periods.push_back(f.player->Chip().TonePeriod(0) - TonePeriod(60));
-    }
-    EXPECT_EQ(periods, (std::vector<int>{0, 10, 0, 0}));
 }
 
-TEST(SongPlayerTest, VolumeCommandAndStereoCommand) {
+TEST(SongPlayerTest, LineCommandsActFromTheirOwnLine) {
     Fixture f;
+    f.Note(0, 0, 0, 60);
+    f.ChannelCommand(0, 0, kChannelCommandPV, 10);  // pitch variation alternates lines
+    f.ChannelCommand(2, 0, kChannelCommandPV, 0);
     f.Note(0, 0, 1, 60, 15);
     f.ChannelCommand(1, 1, kChannelCommandVO, 4);
     f.Command(1, kCommandST, 0x5A);
     f.player->SetSpeed(8);
     f.player->Start(0, 0, false);
-    f.player->Tick();
-    EXPECT_EQ(f.player->Chip().Attenuation(1), 0);
-    EXPECT_EQ(f.player->Chip().Stereo(), 255);
-    f.player->Tick();
-    EXPECT_EQ(f.player->Chip().Attenuation(1), 11);
-    EXPECT_EQ(f.player->Chip().Stereo(), 0x5A);
+    // {period offset on channel 0, attenuation of channel 1, stereo} after each line
+    const std::tuple<int, int, int> expected[] = {{0, 0, 255}, {10, 11, 0x5A}, {0, 11, 0x5A}, {0, 11, 0x5A}};
+    for (const auto& want : expected) {
+        f.player->Tick();
+        const SoundChip& chip = f.player->Chip();
+        EXPECT_EQ(std::tuple(chip.TonePeriod(0) - TonePeriod(60), chip.Attenuation(1), chip.Stereo()), want);
+    }
 }
 
 TEST(SongPlayerTest, NotePlayerPreviewEndsAfterItsTicks) {
