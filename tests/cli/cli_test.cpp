@@ -25,11 +25,8 @@ std::string Demo() { return (test::SourceDir() / "data" / "demo.sdrltk").string(
 TEST(CliTest, InfoDescribesTheDemoSong) {
     RunResult info = Cli("info " + Demo());
     ASSERT_EQ(info.exitCode, 0) << info.output;
-    EXPECT_NE(info.output.find("Type:"), std::string::npos);
-    EXPECT_NE(info.output.find("NTSC (60Hz)"), std::string::npos);
-    EXPECT_NE(info.output.find("Initial speed:              6.0"), std::string::npos);
-    EXPECT_NE(info.output.find(" sec. ("), std::string::npos);
-    EXPECT_NE(info.output.find(" min.)"), std::string::npos);
+    for (const char* part : {"Type:", "NTSC (60Hz)", "Initial speed:              6.0", " sec. (", " min.)"})
+        EXPECT_NE(info.output.find(part), std::string::npos) << part;
 }
 
 TEST(CliTest, RenderConvertAndTheirFailures) {
@@ -70,27 +67,68 @@ TEST(CliTest, RenderConvertAndTheirFailures) {
 }
 
 TEST(CliTest, UsageErrorsAndHelp) {
-    EXPECT_EQ(Cli("").exitCode, 2);
-    EXPECT_EQ(Cli("frobnicate").exitCode, 2);
-    EXPECT_EQ(Cli("info").exitCode, 2);
-    EXPECT_EQ(Cli("render " + Demo() + " x.wav --volume 101").exitCode, 2);
-    EXPECT_EQ(Cli("render " + Demo() + " x.wav --loops").exitCode, 2);
-    EXPECT_EQ(Cli("render " + Demo() + " x.wav --loops two").exitCode, 2);
-    EXPECT_EQ(Cli("info " + Demo() + " --chip secam").exitCode, 2);
+    test::ScratchDir dir;
+    const std::string demo = Demo() + " ";
+    const std::string mid = (dir / "demo.mid").string();
+    for (const std::string& bad :
+         {std::string(), std::string("frobnicate"), std::string("info"), "render " + demo + "x.wav --volume 101",
+          "render " + demo + "x.wav --loops", "render " + demo + "x.wav --loops two", "info " + demo + "--chip secam",
+          "export-midi " + demo + mid + " --program 0=128", "export-midi " + demo + mid + " --program 5",
+          "export-vgm " + demo}) {
+        EXPECT_EQ(Cli(bad).exitCode, 2) << bad;
+    }
+    EXPECT_FALSE(std::filesystem::exists(mid));
+    RunResult row = Cli("export-midi " + demo + mid + " --program 48=1");
+    EXPECT_EQ(row.exitCode, 2);
+    EXPECT_NE(row.output.find("ROW=PROG"), std::string::npos) << row.output;
     // Importer flags are checked even when the file needs no importer.
-    EXPECT_EQ(Cli("info " + Demo() + " --channel 10=3:5 --channel 1=0:0 --disable 2 --lines-per-beat 4"
+    EXPECT_EQ(Cli("info " + demo + "--channel 10=3:5 --channel 1=0:0 --disable 2 --lines-per-beat 4"
                   " --instruments 0,1,2,3,4,15 --chip pal --divider 2x").exitCode, 0);
     for (const char* bad : {"--channel 17=0:0", "--channel 1=4:0", "--channel 1=0", "--channel 1=0:16",
                             "--disable 0", "--lines-per-beat 0", "--instruments 1,2,3", "--instruments 1,2,3,4,5,6,7",
                             "--instruments 1,2,3,4,5,x"}) {
-        EXPECT_EQ(Cli("info " + Demo() + " " + bad).exitCode, 2) << bad;
+        EXPECT_EQ(Cli("info " + demo + bad).exitCode, 2) << bad;
     }
     EXPECT_EQ(Cli("--help").exitCode, 0);
-    for (const char* command : {"info", "render", "convert"}) {
+    for (const char* command : {"info", "render", "convert", "export-midi"}) {
         RunResult help = Cli(std::string(command) + " --help");
         EXPECT_EQ(help.exitCode, 0);
         EXPECT_NE(help.output.find("usage: sondrel-cli"), std::string::npos) << command;
     }
+    RunResult programs = Cli("export-midi --list-programs");
+    ASSERT_EQ(programs.exitCode, 0);
+    EXPECT_NE(programs.output.find(" 80  Lead 1 (square)"), std::string::npos) << programs.output;
+}
+
+TEST(CliTest, ExportsTheDemoSongAsVgmAndMidiAndReportsFailures) {
+    test::ScratchDir dir;
+    const std::string vgm = (dir / "demo.vgm").string();
+    RunResult run = Cli("export-vgm " + Demo() + " " + vgm);
+    ASSERT_EQ(run.exitCode, 0) << run.output;
+    auto bytes = test::ReadBytes(vgm);
+    ASSERT_GT(bytes.size(), 0x40u);
+    EXPECT_EQ(std::string(bytes.begin(), bytes.begin() + 4), "Vgm ");
+    EXPECT_NE(run.output.find("37.33 sec."), std::string::npos) << run.output;
+
+    // Row 0: tone notes of instrument 0 (the lead); row 35: white noise of instrument 3 (the drums).
+    const std::string mid = (dir / "demo.mid").string();
+    run = Cli("export-midi " + Demo() + " " + mid + " --program 0=5 --program 35=9");
+    ASSERT_EQ(run.exitCode, 0) << run.output;
+    bytes = test::ReadBytes(mid);
+    ASSERT_GT(bytes.size(), 14u);
+    EXPECT_EQ(std::string(bytes.begin(), bytes.begin() + 4), "MThd");
+    const std::string text(bytes.begin(), bytes.end());
+    // Program changes are written at delta 0.
+    EXPECT_NE(text.find(std::string("\x00\xC0\x05", 3)), std::string::npos);
+    EXPECT_EQ(text.find(std::string("\x00\xC0\x50", 3)), std::string::npos) << "row 0 kept its default";
+    EXPECT_NE(text.find(std::string("\x00\xC3\x09", 3)), std::string::npos);
+
+    run = Cli("export-vgm " + (dir / "missing.sdrltk").string() + " " + vgm);
+    EXPECT_EQ(run.exitCode, 1);
+    EXPECT_NE(run.output.find("Couldn't load module."), std::string::npos) << run.output;
+    run = Cli("export-midi " + Demo() + " " + (dir / "no" / "x.mid").string());
+    EXPECT_EQ(run.exitCode, 1);
+    EXPECT_NE(run.output.find("Couldn't write the MIDI file."), std::string::npos) << run.output;
 }
 
 }  // namespace
