@@ -27,11 +27,8 @@ TEST(ModuleTest, NewModuleStartsOverWithOnePatternAndResetInstruments) {
     EXPECT_TRUE(module->patterns[0].used);
     EXPECT_EQ(module->patterns[0].length, 64);
     for (int p = 1; p < kPatterns; ++p) EXPECT_FALSE(module->patterns[p].used) << p;
-    for (const auto& line : module->patterns[0].lines) {
-        EXPECT_EQ(line.note, (decltype(line.note){kNoteEmpty, kNoteEmpty, kNoteEmpty, kNoteEmpty}));
-        EXPECT_EQ(line.channelCommand, decltype(line.channelCommand){});
-        EXPECT_EQ(line.command, 0);
-    }
+    const std::array<uint8_t, kChannels> empty{kNoteEmpty, kNoteEmpty, kNoteEmpty, kNoteEmpty};
+    for (const auto& line : module->patterns[0].lines) EXPECT_EQ(line.note, empty);
     for (const auto& instrument : module->instruments) {
         EXPECT_EQ(instrument.startVolume, 255);
         EXPECT_EQ(instrument.delay, (std::array<uint8_t, 4>{8, 8, 8, 8}));
@@ -41,6 +38,10 @@ TEST(ModuleTest, NewModuleStartsOverWithOnePatternAndResetInstruments) {
     // A second NewModule forgets everything of the old song.
     module->title = "t";
     module->fileName = "song.sdrltk";
+    PatternLine& line = module->patterns[0].lines[5];  // lines of the old pattern 0 are cleared
+    line.note = {60, 61, 62, 63};
+    line.channelCommand[1] = 2;
+    line.command = kCommandSP;
     module->instruments[3].name = "bass";
     module->instruments[3].vibratoStrength[2] = 9;
     module->CreatePattern(7);
