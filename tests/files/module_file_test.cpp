@@ -9,30 +9,23 @@
 #include "files/module_file.h"
 #include "model/exception.h"
 #include "model/notes.h"
-#include "test_support.h"
+#include "files/module_test_support.h"
 
 namespace sondrel {
 namespace {
 
 namespace fs = std::filesystem;
-using Bytes = std::vector<unsigned char>;
+using test::Bytes;
+using test::NewModule;
 
 class Defaults : public ImportOptionsProvider {};
-
-// Modules live on the heap: each is almost two megabytes.
-std::unique_ptr<Module> NewModule(const std::string& title = "") {
-    auto m = std::make_unique<Module>();
-    m->NewModule({});
-    m->title = title;
-    return m;
-}
 
 // Every note class on every channel, every command, a 256-line pattern, a 256-entry
 // list, no pattern 0 and strings with two-byte prefixes. Bytes that the file does not
 // store for a cell stay 0, as a load gives them.
 std::unique_ptr<Module> RichModule() {
     static const uint8_t kNotes[] = {0, 45, 119, 155, 200, kNoteNull, 247, 250, 251, kLastNoiseNote, kNoteEmpty};
-    auto owned = NewModule("Title");
+    auto owned = NewModule({}, "Title");
     Module& m = *owned;
     m.frequencyDivider = kDivider2x;
     m.chipType = kChipPal;
@@ -150,12 +143,12 @@ TEST(ModuleFile, RefusalsAndTruncationLeaveTheModuleUntouched) {
     const size_t inst = BlockData(good, "INST"), pats = BlockData(good, "PATS"), patt = BlockData(good, "PATT");
     ASSERT_EQ(good[patt + 2], 0);  // the cell byte of the first line's note
 
-    const auto sentinel = NewModule("untouched");
+    const auto sentinel = NewModule({}, "untouched");
     Defaults options;
     auto expectRefused = [&](const Bytes& bytes, const std::string& what) {
         SCOPED_TRACE(what);
         test::WriteBytes(path, bytes);
-        auto target = NewModule("untouched");
+        auto target = NewModule({}, "untouched");
         EXPECT_THROW(LoadAnyFile(*target, path, options), Exception);
         EXPECT_TRUE(*target == *sentinel);
     };
@@ -209,7 +202,7 @@ TEST(ModuleFile, ImportedTextsStayLoadableAndKindsCanBeForced) {
     const std::string text = "10 REM Song 2000\n20 PLAY \"T120 L4 C D E\"\n";
     test::WriteBytes(listing, Bytes(text.begin(), text.end()));
     Defaults defaults;
-    auto module = NewModule("kept");
+    auto module = NewModule({}, "kept");
     EXPECT_THROW(LoadAnyFile(*module, listing, defaults), Exception);
     EXPECT_EQ(module->title, "kept");
     ASSERT_TRUE(LoadFileAs(*module, listing, FileKind::Basic, defaults));
@@ -272,7 +265,7 @@ TEST(FileDetection, CorpusFilesAreClassifiedAndRefusedCleanly) {
         if (group == "bas" && extension == ".BAS") return FileKind::Basic;
         return FileKind::Unknown;
     };
-    const auto sentinel = NewModule("untouched");
+    const auto sentinel = NewModule({}, "untouched");
     Defaults options;
     test::ScratchDir dir;
     const std::string saved = (dir / "saved.sdrltk").string();
@@ -282,7 +275,7 @@ TEST(FileDetection, CorpusFilesAreClassifiedAndRefusedCleanly) {
         fs::path relative = fs::relative(entry.path(), corpus);
         FileKind expected = expectedKind(relative);
         EXPECT_EQ(DetectFileKind(entry.path().string()), expected) << relative;
-        auto target = NewModule("untouched");
+        auto target = NewModule({}, "untouched");
         try {
             LoadAnyFile(*target, entry.path().string(), options);
         } catch (const Exception&) {

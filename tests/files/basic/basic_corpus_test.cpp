@@ -14,10 +14,9 @@
 #include "files/basic/basic_import.h"
 #include "files/basic/basic_interpreter.h"
 #include "files/basic/basic_listing.h"
-#include "files/file_stream.h"
 #include "files/import/importers.h"
 #include "model/notes.h"
-#include "test_support.h"
+#include "files/module_test_support.h"
 
 namespace sondrel {
 namespace {
@@ -45,22 +44,16 @@ struct Shape {
 Shape ShapeOf(const Module& m) {
     Shape shape;
     std::set<int> notes;
-    long ticks = 0;
-    for (int i = 0; i < m.patternListLength; ++i) {
-        const Pattern& p = m.patterns[m.patternList[i]];
-        ticks += p.length;
-        for (int l = 0; l < p.length; ++l) {
-            for (int c = 0; c < kChannels; ++c) {
-                uint8_t note = p.lines[l].note[c];
-                if (note == kNoteEmpty || note == kNoteNull) continue;
-                shape.channels.insert(c);
-                if (c == kNoiseChannel) continue;
-                notes.insert(note);
-                shape.lowest = std::min<int>(shape.lowest, note);
-                shape.highest = std::max<int>(shape.highest, note);
-            }
+    const long ticks = test::ForEachSongLine(m, [&](long, const PatternLine& line) {
+        for (int c = 0; c < kChannels; ++c) {
+            if (line.note[c] == kNoteEmpty || line.note[c] == kNoteNull) continue;
+            shape.channels.insert(c);
+            if (c == kNoiseChannel) continue;
+            notes.insert(line.note[c]);
+            shape.lowest = std::min<int>(shape.lowest, line.note[c]);
+            shape.highest = std::max<int>(shape.highest, line.note[c]);
         }
-    }
+    });
     shape.distinct = static_cast<int>(notes.size());
     shape.seconds = static_cast<double>(ticks) / m.TicksPerSecond();
     return shape;
@@ -90,12 +83,9 @@ TEST(BasicCorpus, EveryListingImports) {
         if (!IsListing(entry.path())) continue;
         std::string name = entry.path().filename().string();
         SCOPED_TRACE(name);
-        auto module = std::make_unique<Module>();
-        module->NewModule({});
+        auto module = test::NewModule();
         ImportOptionsProvider defaults;
-        UniqueFile file = OpenFile(entry.path().string(), "rb");
-        ASSERT_TRUE(file);
-        ASSERT_NO_THROW(ASSERT_TRUE(ImportBasic(*module, file.get(), entry.path().string(), defaults)));
+        ASSERT_NO_THROW(ASSERT_TRUE(test::ImportBytes(FileKind::Basic, *module, test::ReadBytes(entry.path()), defaults)));
         ++imported;
 
         Shape shape = ShapeOf(*module);

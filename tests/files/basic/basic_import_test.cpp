@@ -13,48 +13,36 @@
 #include "files/import/importers.h"
 #include "model/exception.h"
 #include "model/notes.h"
-#include "test_support.h"
+#include "files/module_test_support.h"
 
 namespace sondrel {
 namespace {
 
-using Bytes = std::vector<unsigned char>;
-Bytes Text(const std::string& text) { return Bytes(text.begin(), text.end()); }
-
-class Options : public ImportOptionsProvider {
-public:
-    std::optional<BasicImportOptions> ChooseBasicOptions(const BasicImportOptions& proposal) override {
-        asked = true;
-        if (decline) return std::nullopt;
-        BasicImportOptions chosen = proposal;
-        if (instruments) chosen.instruments = *instruments;
-        if (chip) chosen.chip = *chip;
-        return chosen;
-    }
-    bool asked = false;
-    bool decline = false;
-    std::optional<std::array<uint8_t, 6>> instruments;
-    std::optional<ChipSettings> chip;
-};
-
-bool ImportBytes(Module& module, const Bytes& bytes, Options& options) {
-    test::ScratchDir dir;
-    auto path = dir / "TUNE.BAS";
-    test::WriteBytes(path, bytes);
-    UniqueFile file = OpenFile(path.string(), "rb");
-    return ImportBasic(module, file.get(), path.string(), options);
-}
+using test::Bytes;
+using test::Text;
+using Options = test::Chooser<BasicImportOptions>;
 
 std::unique_ptr<Module> Import(const Bytes& bytes, Options& options) {
-    auto module = std::make_unique<Module>();
-    module->NewModule({});
-    EXPECT_TRUE(ImportBytes(*module, bytes, options));
+    auto module = test::ImportFresh(FileKind::Basic, bytes, options, "TUNE.BAS");
+    EXPECT_TRUE(module);
     return module;
 }
 
 std::unique_ptr<Module> Import(const std::string& listing) {
     Options options;
     return Import(Text(listing), options);
+}
+
+// Options that import with these chip settings or instrument slots.
+Options With(ChipSettings chip) {
+    Options options;
+    options.change = [chip](BasicImportOptions& o) { o.chip = chip; };
+    return options;
+}
+Options With(std::array<uint8_t, 6> instruments) {
+    Options options;
+    options.change = [instruments](BasicImportOptions& o) { o.instruments = instruments; };
+    return options;
 }
 
 struct Cell {
@@ -72,15 +60,10 @@ std::ostream& operator<<(std::ostream& out, const Cell& c) {
 // The filled cells of one channel through the whole song, one line per tick.
 std::vector<Cell> Cells(const Module& m, int channel) {
     std::vector<Cell> cells;
-    long tick = 0;
-    for (int i = 0; i < m.patternListLength; ++i) {
-        const Pattern& p = m.patterns[m.patternList[i]];
-        for (int l = 0; l < p.length; ++l, ++tick) {
-            const PatternLine& line = p.lines[l];
-            if (line.note[channel] != kNoteEmpty)
-                cells.push_back({tick, line.note[channel], line.instrument[channel], line.volume[channel]});
-        }
-    }
+    test::ForEachSongLine(m, [&](long tick, const PatternLine& line) {
+        if (line.note[channel] != kNoteEmpty)
+            cells.push_back({tick, line.note[channel], line.instrument[channel], line.volume[channel]});
+    });
     return cells;
 }
 
@@ -90,12 +73,6 @@ std::vector<std::pair<long, int>> Notes(const Module& m, int channel = 0) {
     for (const Cell& c : Cells(m, channel))
         if (c.note != kNoteNull) notes.push_back({c.tick, c.note});
     return notes;
-}
-
-long SongTicks(const Module& m) {
-    long ticks = 0;
-    for (int i = 0; i < m.patternListLength; ++i) ticks += m.patterns[m.patternList[i]].length;
-    return ticks;
 }
 
 constexpr uint8_t kPause = 5;  // the default instrument slots are 0..5 in the dialog's order
@@ -126,14 +103,12 @@ TEST(BasicImport, TempoLengthAndDotsSetTheTicksWithoutDrift) {
     // Rests: P with its own length and dots, and N0; PAL modules count fifty ticks a second.
     EXPECT_EQ(Notes(*Import("PLAY \"T120 C P4. D N0 E\"")),
               (std::vector<std::pair<long, int>>{{0, 72}, {75, 74}, {135, 76}}));
-    Options pal;
-    pal.chip = ChipSettings{kDivider1x, kChipPal};
+    Options pal = With(ChipSettings{kDivider1x, kChipPal});
     EXPECT_EQ(Notes(*Import(Text("PLAY \"T120 C D\""), pal)), (std::vector<std::pair<long, int>>{{0, 72}, {25, 74}}));
 }
 
 TEST(BasicImport, ArticulationDecidesWhereTheSilentCellGoes) {
-    Options options;
-    options.instruments = std::array<uint8_t, 6>{7, 8, 9, 10, 11, 12};
+    Options options = With(std::array<uint8_t, 6>{7, 8, 9, 10, 11, 12});
     auto m = Import(Text("PLAY \"T120 MS C MN D ML E F P4 MB G\""), options);
     EXPECT_EQ(Cells(*m, 0), (std::vector<Cell>{{0, 72, 8, 15},
                                                {23, kNoteNull, 12, 0},  // staccato sounds 3/4 (22.5 rounds up)
@@ -158,8 +133,7 @@ TEST(BasicImport, PitchesOfNotesOctavesAndNumberedNotes) {
     auto low = Notes(*Import("PLAY \"O0 C <<< C O1 A >>>>>>>> B\""));
     EXPECT_EQ(low, (std::vector<std::pair<long, int>>{{0, 48}, {30, 48}, {60, 45}, {90, 107}}));
     // With the divider at 2x the chip reaches an octave lower, so the low A stays put.
-    Options halved;
-    halved.chip = ChipSettings{kDivider2x, kChipNtsc};
+    Options halved = With(ChipSettings{kDivider2x, kChipNtsc});
     EXPECT_EQ(Notes(*Import(Text("PLAY \"O1 A O3 C\""), halved)), (std::vector<std::pair<long, int>>{{0, 57}, {30, 72}}));
 
     // BASIC refuses E#, B#, C- and F-: the notes before the fault play, the rest does not.
@@ -211,8 +185,8 @@ TEST(BasicImport, LoopsSubroutinesAndEndlessPrograms) {
     EXPECT_NE(busy->notes.find("cut short"), std::string::npos);
     // Whole notes at T32 last 7.5 s: the module fills up (256 patterns of 256 lines) first.
     auto endless = Import("10 I = I + 1: PLAY \"T32 L1 C\": IF I > 0 THEN 10");
-    EXPECT_GT(SongTicks(*endless), 65536 - 450);
-    EXPECT_LE(SongTicks(*endless), 65536);
+    EXPECT_GT(test::ForEachSongLine(*endless), 65536 - 450);
+    EXPECT_LE(test::ForEachSongLine(*endless), 65536);
     Import("10 GOSUB 10");
     EXPECT_EQ(Notes(*Import("A = " + std::string(100000, '(') + "1" + std::string(100000, ')') + ": PLAY \"C\"")).size(),
               1u);
@@ -258,8 +232,7 @@ TEST(BasicImport, ThreeVoicesSoundAndNoise) {
     // Arguments BASIC refuses skip the statement only.
     EXPECT_EQ(Notes(*Import("SOUND 20, 5: SOUND 440, 70000: SOUND 440, 1, 1, 3: SOUND 440, 5")).size(), 1u);
     // The same slot for two kinds carries both names.
-    Options shared;
-    shared.instruments = std::array<uint8_t, 6>{0, 0, 0, 1, 1, 2};
+    Options shared = With(std::array<uint8_t, 6>{0, 0, 0, 1, 1, 2});
     EXPECT_EQ(Import(Text("BEEP"), shared)->instruments[1].name, "SOUND/BEEP");
 }
 
@@ -269,19 +242,13 @@ void AddLine(Bytes& file, int number, const Bytes& tokens) {
     file.insert(file.end(), tokens.begin(), tokens.end());
     file.push_back(0);
 }
-Bytes Join(std::initializer_list<Bytes> parts) {
-    Bytes all;
-    for (const Bytes& part : parts) all.insert(all.end(), part.begin(), part.end());
-    return all;
-}
-
 TEST(BasicImport, ReadsTokenizedPrograms) {
     Bytes file{0xFF};
-    AddLine(file, 10, Join({Text("A$"), {0xE7}, Text("\"CDE\""), {':', 0x8F, 0xD9}, Text("comment")}));  // A$="CDE"'
-    AddLine(file, 20, Join({{0x82}, Text(" I"), {0xE7, 0x12, 0xCC, 0x0F, 200}, {0xCF, 0x1C, 0x63, 0x00}}));  // FOR I=1 TO 200 STEP 99
-    AddLine(file, 30, Join({{0xFE, 0x93}, Text(" A$"), {0x3A, 0x83}, Text(" I")}));  // PLAY A$:NEXT I
-    AddLine(file, 40, Join({{0xC4}, {0x1D, 0x00, 0x00, 0x5C, 0x88}, Text(","), {0x1B}}));  // SOUND 220!,10
-    AddLine(file, 50, Join({{0x89, 0x0E, 0x0A, 0x00}}));  // GOTO 10
+    AddLine(file, 10, test::Concat({Text("A$"), {0xE7}, Text("\"CDE\""), {':', 0x8F, 0xD9}, Text("comment")}));  // A$="CDE"'
+    AddLine(file, 20, test::Concat({{0x82}, Text(" I"), {0xE7, 0x12, 0xCC, 0x0F, 200}, {0xCF, 0x1C, 0x63, 0x00}}));  // FOR I=1 TO 200 STEP 99
+    AddLine(file, 30, test::Concat({{0xFE, 0x93}, Text(" A$"), {0x3A, 0x83}, Text(" I")}));  // PLAY A$:NEXT I
+    AddLine(file, 40, test::Concat({{0xC4}, {0x1D, 0x00, 0x00, 0x5C, 0x88}, Text(","), {0x1B}}));  // SOUND 220!,10
+    AddLine(file, 50, test::Concat({{0x89, 0x0E, 0x0A, 0x00}}));  // GOTO 10
     file.insert(file.end(), {0, 0, 0x1A, 0x1A, 0x55});     // end mark, then leftovers of the last record
     Options options;
     auto m = Import(file, options);
@@ -289,33 +256,27 @@ TEST(BasicImport, ReadsTokenizedPrograms) {
     ASSERT_EQ(notes.size(), 10u);
     EXPECT_EQ(notes[3], (std::pair<long, int>{90, 72}));
     EXPECT_EQ(notes[9], (std::pair<long, int>{270, 57}));  // 220 Hz for 10 clock ticks
-    EXPECT_EQ(SongTicks(*m), 270 + std::lround(10 / 18.2 * 60) + 1);
+    EXPECT_EQ(test::ForEachSongLine(*m), 270 + std::lround(10 / 18.2 * 60) + 1);
 }
 
 TEST(BasicImport, RefusesWhatIsNoListing) {
     Options options;
-    auto refused = [&options](const Bytes& bytes) {
-        Module module;
-        module.NewModule({});
-        module.title = "kept";
-        EXPECT_THROW(ImportBytes(module, bytes, options), ParseException);
-        EXPECT_EQ(module.title, "kept");
-    };
-    refused({0xFE, 0x12, 0x34, 0x56, 0x78});                                 // protected
-    refused({});                                                             // empty
-    refused({'1', '0', ' ', 'P', 'L', 'A', 'Y', 0x00, 0x01, 0xF3, 0x80});   // binary junk
-    refused({0xFF, 0x34, 0x12, 0x0A, 0x00, 0xC5});                           // tokenized, cut short
-    refused({0xFF, 0x34, 0x12, 0x14, 0x00, 0xC5, 0, 0x34, 0x12, 0x0A, 0x00, 0xC5, 0, 0, 0});  // 20 before 10
-    EXPECT_FALSE(options.asked);
+    auto kept = test::NewModule({}, "kept");
+    for (const Bytes& bytes : std::vector<Bytes>{
+             {0xFE, 0x12, 0x34, 0x56, 0x78},                                // protected
+             {},                                                            // empty
+             {'1', '0', ' ', 'P', 'L', 'A', 'Y', 0x00, 0x01, 0xF3, 0x80},  // binary junk
+             {0xFF, 0x34, 0x12, 0x0A, 0x00, 0xC5},                          // tokenized, cut short
+             {0xFF, 0x34, 0x12, 0x14, 0x00, 0xC5, 0, 0x34, 0x12, 0x0A, 0x00, 0xC5, 0, 0, 0}}) {  // 20 before 10
+        EXPECT_THROW(test::ImportBytes(FileKind::Basic, *kept, bytes, options), ParseException);
+        EXPECT_EQ(kept->title, "kept");
+    }
+    EXPECT_FALSE(options.proposal);
 
     // Declining the options leaves the module as it was.
     options.decline = true;
-    Module module;
-    module.NewModule({});
-    module.title = "kept";
-    EXPECT_FALSE(ImportBytes(module, Text("PLAY \"C\""), options));
-    EXPECT_TRUE(options.asked);
-    EXPECT_EQ(module.title, "kept");
+    EXPECT_EQ(test::ImportFresh(FileKind::Basic, Text("PLAY \"C\""), options), nullptr);
+    EXPECT_TRUE(options.proposal);
 }
 
 TEST(BasicImport, AsciiListingsSortNumberedLinesAndKeepUnnumberedOnes) {

@@ -6,11 +6,10 @@
 #include <utility>
 #include <vector>
 
-#include "export_test_modules.h"
 #include "files/export/export_command.h"
 #include "files/export/vgm_export.h"
 #include "model/exception.h"
-#include "test_support.h"
+#include "files/module_test_support.h"
 
 namespace sondrel {
 namespace {

@@ -10,16 +10,19 @@
 #include <vector>
 
 #include "files/export/midi_export.h"
-#include "export_test_modules.h"
 #include "model/exception.h"
 #include "model/notes.h"
 #include "sound/song_player.h"
-#include "test_support.h"
+#include "files/module_test_support.h"
 
 namespace sondrel {
 namespace {
 
-using Bytes = std::vector<uint8_t>;
+using test::Bytes;
+using test::Concat;
+using test::SetNote;
+using test::Text;
+using test::TickPerLine;
 
 // The data of track n (0 = conductor), checking that the header is followed by
 // five track chunks whose lengths fill the file exactly.
@@ -75,16 +78,6 @@ std::vector<Event> ChannelEvents(const Bytes& track) {
     return events;
 }
 
-Bytes Concat(std::initializer_list<Bytes> parts) {
-    Bytes out;
-    for (const Bytes& part : parts) out.insert(out.end(), part.begin(), part.end());
-    return out;
-}
-
-Bytes Text(const std::string& text) { return Bytes(text.begin(), text.end()); }
-
-using test::SetNote;
-using test::TickPerLine;
 
 TEST(MidiExportTest, VariableLengthQuantitiesAtTheirBoundaries) {
     const std::pair<uint32_t, Bytes> cases[] = {

@@ -5,21 +5,18 @@
 #include "files/export/song_render.h"
 #include "files/export/wav_writer.h"
 #include "model/exception.h"
-#include "test_support.h"
+#include "files/module_test_support.h"
 
 namespace sondrel {
 namespace {
 
-uint32_t Le32(const std::vector<unsigned char>& b, size_t at) {
-    return b[at] | b[at + 1] << 8 | b[at + 2] << 16 | static_cast<uint32_t>(b[at + 3]) << 24;
-}
+using test::Le32;
 
+// Four lines at speed 48, an A on the first.
 std::unique_ptr<Module> ShortSong() {
-    auto module = std::make_unique<Module>();
-    module->NewModule({});
+    auto module = test::NewModule();
     module->patterns[0].length = 4;
-    module->patterns[0].lines[0].note[0] = 69;
-    module->patterns[0].lines[0].volume[0] = 15;
+    test::SetNote(*module, 0, 0, 69);
     return module;
 }
 

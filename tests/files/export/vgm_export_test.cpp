@@ -6,13 +6,12 @@
 #include <string>
 #include <vector>
 
-#include "export_test_modules.h"
 #include "files/export/song_render.h"
 #include "files/export/vgm_export.h"
 #include "model/exception.h"
 #include "sound/song_player.h"
 #include "sound/song_time.h"
-#include "test_support.h"
+#include "files/module_test_support.h"
 
 #ifdef SONDREL_HAVE_GME
 #include <gme/gme.h>
@@ -21,11 +20,8 @@
 namespace sondrel {
 namespace {
 
-using Bytes = std::vector<uint8_t>;
-
-uint32_t Le32(const Bytes& b, size_t at) {
-    return b[at] | b[at + 1] << 8 | b[at + 2] << 16 | static_cast<uint32_t>(b[at + 3]) << 24;
-}
+using test::Bytes;
+using test::Le32;
 
 size_t Gd3Start(const Bytes& vgm) { return 0x14 + Le32(vgm, 0x14); }
 

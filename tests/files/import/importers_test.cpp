@@ -5,15 +5,14 @@
 #include <memory>
 #include <string>
 
-#include "files/file_stream.h"
 #include "files/import/importers.h"
 #include "model/exception.h"
-#include "test_support.h"
+#include "files/module_test_support.h"
 
 namespace sondrel {
 namespace {
 
-using Bytes = std::vector<unsigned char>;
+using test::Bytes;
 
 // Answers every importer with its proposal and these chip settings.
 struct Answer : ImportOptionsProvider {
@@ -31,16 +30,6 @@ struct Answer : ImportOptionsProvider {
     std::optional<MidiImportOptions> ChooseMidiOptions(const MidiImportOptions& p) override { return With(p); }
     std::optional<BasicImportOptions> ChooseBasicOptions(const BasicImportOptions& p) override { return With(p); }
 };
-
-enum class Kind { Mod, Vgm, Midi, Basic };
-
-bool ImportAs(Kind kind, Module& module, const std::string& path, ImportOptionsProvider& answer) {
-    if (kind == Kind::Vgm) return ImportVgm(module, path, answer);
-    UniqueFile file = OpenFile(path, "rb");
-    if (kind == Kind::Mod) return ImportMod(module, file.get(), path, answer);
-    if (kind == Kind::Midi) return ImportMidi(module, file.get(), path, answer);
-    return ImportBasic(module, file.get(), path, answer);
-}
 
 // Pattern 0 at speed 31 (1984 ticks) `repeats` times, then pattern 1, whose
 // first row breaks to `breakParam`; byte `at` set to `value` on top.
@@ -72,33 +61,28 @@ TEST(Importers, RefusalsComeBeforeTheModuleIsTouched) {
     const ChipSettings pal{kDivider1x, kChipPal}, unsetType{kDivider1x, kChipSettingUnset},
         unsetDivider{kChipSettingUnset, kChipNtsc};
     const std::string badBreak = "ImportMod(): Pattern break beyond the last row";
-    struct Case { const char* what; Kind kind; Bytes bytes; ChipSettings chip; bool asked; std::string message; };
+    struct Case { const char* what; FileKind kind; Bytes bytes; ChipSettings chip; bool asked; std::string message; };
     const Case cases[] = {
-        {"MOD sample louder than 64", Kind::Mod, Mod(0, 0, 20 + 25, 65), pal, false, "ImportMod(): Invalid MOD header"},
-        {"MOD break reached at both rates", Kind::Mod, Mod(0, 0x64), pal, false, badBreak},
+        {"MOD sample louder than 64", FileKind::Mod, Mod(0, 0, 20 + 25, 65), pal, false, "ImportMod(): Invalid MOD header"},
+        {"MOD break reached at both rates", FileKind::Mod, Mod(0, 0x64), pal, false, badBreak},
         // 30 * 1984 ticks fill the module at 60 ticks a second, but not at 50.
-        {"MOD break reached only at 50 ticks a second", Kind::Mod, Mod(30, 0x64), pal, true, badBreak},
-        {"VGM end before its header's end", Kind::Vgm, Vgm(0), pal, false,
+        {"MOD break reached only at 50 ticks a second", FileKind::Mod, Mod(30, 0x64), pal, true, badBreak},
+        {"VGM end before its header's end", FileKind::Vgm, Vgm(0), pal, false,
          "ImportVgm(): The header leaves no room for command data"},
-        {"MIDI of zero ticks a beat", Kind::Midi, Midi(0), pal, false, "ReadMidiFile(): Zero ticks per quarter note"},
-        {"MOD, no chip type", Kind::Mod, Mod(0, 0), unsetType, true, "ImportMod(): All chip settings must be set."},
-        {"VGM, no divider", Kind::Vgm, Vgm(0x3C), unsetDivider, true, "ImportVgm(): All chip settings must be set."},
-        {"MIDI, no chip type", Kind::Midi, Midi(96), unsetType, true, "ImportMidi(): All chip settings must be set."},
-        {"BASIC, no divider", Kind::Basic, {'B', 'E', 'E', 'P', '\n'}, unsetDivider, true,
+        {"MIDI of zero ticks a beat", FileKind::Midi, Midi(0), pal, false, "ReadMidiFile(): Zero ticks per quarter note"},
+        {"MOD, no chip type", FileKind::Mod, Mod(0, 0), unsetType, true, "ImportMod(): All chip settings must be set."},
+        {"VGM, no divider", FileKind::Vgm, Vgm(0x3C), unsetDivider, true, "ImportVgm(): All chip settings must be set."},
+        {"MIDI, no chip type", FileKind::Midi, Midi(96), unsetType, true, "ImportMidi(): All chip settings must be set."},
+        {"BASIC, no divider", FileKind::Basic, {'B', 'E', 'E', 'P', '\n'}, unsetDivider, true,
          "ImportBasic(): All chip settings must be set."},
     };
-    test::ScratchDir dir;
-    const std::string path = (dir / "input").string();
     for (const Case& c : cases) {
         SCOPED_TRACE(c.what);
-        test::WriteBytes(path, c.bytes);
-        auto module = std::make_unique<Module>();
-        module->NewModule({kDivider2x, kChipPal});
-        module->title = "kept";
+        auto module = test::NewModule({kDivider2x, kChipPal}, "kept");
         const auto before = std::make_unique<Module>(*module);
         Answer answer(c.chip);
         try {
-            ImportAs(c.kind, *module, path, answer);
+            test::ImportBytes(c.kind, *module, c.bytes, answer);
             ADD_FAILURE() << "imported";
         } catch (const Exception& e) {
             EXPECT_EQ(e.what(), c.message);

@@ -15,7 +15,7 @@
 #include "files/import/importers.h"
 #include "model/exception.h"
 #include "model/notes.h"
-#include "test_support.h"
+#include "files/module_test_support.h"
 
 namespace sondrel {
 namespace {
@@ -58,7 +58,7 @@ TEST(MidiCorpusTest, EveryFileImportsWithItsTimingOrIsRefused) {
         const std::string name = entry.path().filename().string();
         if (entry.path().extension() != ".mid") continue;
         SCOPED_TRACE(name);
-        auto module = std::make_unique<Module>();
+        auto module = test::NewModule();
         ImportOptionsProvider defaults;
         UniqueFile file = OpenFile(entry.path().string(), "rb");
         if (invalid.find("midi/" + name + "\t") != std::string::npos) {
@@ -68,14 +68,10 @@ TEST(MidiCorpusTest, EveryFileImportsWithItsTimingOrIsRefused) {
         ASSERT_TRUE(ImportMidi(*module, file.get(), name, defaults));
         std::vector<Onset> onsets;  // on the tone channels
         std::vector<double> onsetLines;
-        for (int line = 0; line < module->patternListLength * kMaxLines; ++line) {
-            const Pattern& pattern = module->patterns[module->patternList[line / kMaxLines]];
-            for (int c = 0; c < kToneChannels && line % kMaxLines < pattern.length; ++c)
-                if (uint8_t note = pattern.lines[line % kMaxLines].note[c]; note != kNoteEmpty)
-                    onsets.push_back({double(line), note}), onsetLines.push_back(line);
-        }
-        const int lines = (module->patternListLength - 1) * kMaxLines +
-                          module->patterns[module->patternList[module->patternListLength - 1]].length;
+        const long lines = test::ForEachSongLine(*module, [&](long line, const PatternLine& cells) {
+            for (int c = 0; c < kToneChannels; ++c)
+                if (cells.note[c] != kNoteEmpty) onsets.push_back({double(line), cells.note[c]}), onsetLines.push_back(line);
+        });
         if (name == "jazz_test-running-status-metaevent.mid") {
             std::string scale;
             for (const Onset& o : onsets) scale += std::to_string(o.note) + " ";

@@ -11,12 +11,13 @@
 #include "files/import/importers.h"
 #include "model/exception.h"
 #include "model/notes.h"
-#include "test_support.h"
+#include "files/module_test_support.h"
 
 namespace sondrel {
 namespace {
 
-using Bytes = std::vector<unsigned char>;
+using test::Bytes;
+using Chooser = test::Chooser<MidiImportOptions>;
 
 // One track's bytes, event by event; every event starts with its delta time.
 struct TrackBytes {
@@ -50,25 +51,8 @@ Bytes MidiBytes(int format, int division, const std::vector<TrackBytes>& tracks)
     return out;
 }
 
-struct Chooser : ImportOptionsProvider {
-    std::optional<MidiImportOptions> ChooseMidiOptions(const MidiImportOptions& p) override {
-        proposal = p;
-        MidiImportOptions chosen = p;
-        if (change) change(chosen);
-        return decline ? std::nullopt : std::optional(chosen);
-    }
-    std::optional<MidiImportOptions> proposal;
-    std::function<void(MidiImportOptions&)> change;
-    bool decline = false;
-};
-
-// Imports the bytes from a file of that name; nullptr when the chooser declines.
 std::unique_ptr<Module> Import(const Bytes& bytes, Chooser& chooser, const std::string& name = "song.mid") {
-    test::ScratchDir dir;
-    test::WriteBytes(dir / name, bytes);
-    auto module = std::make_unique<Module>();
-    UniqueFile file = OpenFile((dir / name).string(), "rb");
-    return ImportMidi(*module, file.get(), (dir / name).string(), chooser) ? std::move(module) : nullptr;
+    return test::ImportFresh(FileKind::Midi, bytes, chooser, name);
 }
 
 std::unique_ptr<Module> Import(const Bytes& bytes, std::function<void(MidiImportOptions&)> change = {}) {
@@ -80,16 +64,13 @@ std::unique_ptr<Module> Import(const Bytes& bytes, std::function<void(MidiImport
 // One chip channel's cells, line by line: "line:note/volume" or "line:VOparam".
 std::string Lane(const Module& m, int channel) {
     std::string out;
-    for (int p = 0; p < m.patternListLength; ++p) {
-        for (int l = 0; l < m.patterns[m.patternList[p]].length; ++l) {
-            const PatternLine& line = m.patterns[m.patternList[p]].lines[l];
-            std::string at = std::to_string(p * kMaxLines + l) + ":";
-            if (line.note[channel] != kNoteEmpty)
-                out += at + std::to_string(line.note[channel]) + "/" + std::to_string(line.volume[channel]) + " ";
-            if (line.channelCommand[channel] == kChannelCommandVO)
-                out += at + "VO" + std::to_string(line.channelParam[channel]) + " ";
-        }
-    }
+    test::ForEachSongLine(m, [&](long n, const PatternLine& line) {
+        const std::string at = std::to_string(n) + ":";
+        if (line.note[channel] != kNoteEmpty)
+            out += at + std::to_string(line.note[channel]) + "/" + std::to_string(line.volume[channel]) + " ";
+        if (line.channelCommand[channel] == kChannelCommandVO)
+            out += at + "VO" + std::to_string(line.channelParam[channel]) + " ";
+    });
     return out;
 }
 

@@ -8,27 +8,19 @@
 #include "files/module_file.h"
 #include "model/exception.h"
 #include "model/notes.h"
-#include "test_support.h"
+#include "files/module_test_support.h"
 
 namespace sondrel {
 namespace {
 
-using Bytes = std::vector<unsigned char>;
+using test::Bytes;
+using Chooser = test::Chooser<ModImportOptions>;
 
-struct Chooser : ImportOptionsProvider {
-    std::optional<ModImportOptions> proposal;
-    bool cancel = false;
-    uint8_t chipType = kChipPal;
-    std::optional<ModImportOptions> ChooseModOptions(const ModImportOptions& offered) override {
-        proposal = offered;
-        if (cancel) return std::nullopt;
-        ModImportOptions chosen = offered;
-        chosen.chip.chipType = chipType;
-        return chosen;
-    }
-    std::vector<TextChange> changes;
-    void TextsChanged(const std::vector<TextChange>& made) override { changes = made; }
-};
+Chooser Ntsc() {
+    Chooser chooser;
+    chooser.change = [](ModImportOptions& o) { o.chip.chipType = kChipNtsc; };
+    return chooser;
+}
 
 // A four-channel MOD of empty patterns, played in the given order.
 struct ModFile {
@@ -48,32 +40,19 @@ struct ModFile {
         unsigned char* at = &bytes[1084 + pattern * 1024 + row * 16 + channel * 4];
         at[0] = (sample & 0xF0) | period >> 8, at[1] = period & 255, at[2] = (sample & 15) << 4 | effect, at[3] = param;
     }
-    // Nothing when the chooser declines; the module must then be left as it was.
+    // Nothing when the chooser declines.
     std::unique_ptr<Module> Import(Chooser&& chooser = {}) const { return Import(chooser); }
     std::unique_ptr<Module> Import(Chooser& chooser) const {
-        test::ScratchDir dir;
-        test::WriteBytes(dir / "a.mod", bytes);
-        std::unique_ptr<FILE, int (*)(FILE*)> file(std::fopen((dir / "a.mod").c_str(), "rb"), std::fclose);
-        auto module = std::make_unique<Module>(), fresh = std::make_unique<Module>();
-        module->NewModule({}), fresh->NewModule({});
-        if (ImportMod(*module, file.get(), "a.mod", chooser)) return module;
-        EXPECT_TRUE(*module == *fresh);
-        return nullptr;
+        return test::ImportFresh(FileKind::Mod, bytes, chooser, "a.mod");
     }
 };
-
-int TotalLines(const Module& m) {
-    int lines = 0;
-    for (int i = 0; i < m.patternListLength; ++i) lines += m.patterns[m.patternList[i]].length;
-    return lines;
-}
 
 TEST(ModImport, NamesAreProposedAndACancelLeavesTheModuleAlone) {
     ModFile mod(1, {0});
     std::memcpy(&mod.bytes[0], "Ab\x01" "c\0de0fg", 10);
     std::memcpy(&mod.bytes[20], "Kick\x1f", 5);
     Chooser declining;
-    declining.cancel = true;
+    declining.decline = true;
     EXPECT_EQ(mod.Import(declining), nullptr);
     EXPECT_EQ(declining.proposal->name, "Abcde");  // stops at the digit zero, not at the zero byte
     EXPECT_EQ(declining.proposal->chip, (ChipSettings{kDivider1x, kChipPal}));
@@ -102,7 +81,7 @@ TEST(ModImport, LongSampleNamesKeepWholeNamesAndTheModuleLoadsBack) {
         ASSERT_EQ(joined.size(), c.joined);
         test::WriteBytes(path, mod.bytes);
         Chooser chooser;
-        auto imported = std::make_unique<Module>(), reloaded = std::make_unique<Module>();
+        auto imported = test::NewModule(), reloaded = test::NewModule();
         ASSERT_TRUE(LoadAnyFile(*imported, path, chooser));
         EXPECT_EQ(imported->notes, "O" + joined.substr(1, c.kept - 1));
         std::vector<TextChange> expected = {{"notes", TextRule::ZeroReplaced, c.kept}};
@@ -142,9 +121,7 @@ TEST(ModImport, FiveMinutesInPalAreFifteenThousandLines) {
     ASSERT_EQ(module->patternListLength, 59);
     for (int p = 0; p < 59; ++p)
         EXPECT_TRUE(module->patternList[p] == p && module->patterns[p].length == (p < 58 ? 256 : 152)) << p;
-    Chooser ntsc;
-    ntsc.chipType = kChipNtsc;
-    EXPECT_EQ(TotalLines(*mod.Import(ntsc)), 18000);
+    EXPECT_EQ(test::ForEachSongLine(*mod.Import(Ntsc())), 18000);
 }
 
 TEST(ModImport, SpeedTempoVolumeAndSlideEffects) {
@@ -156,9 +133,8 @@ TEST(ModImport, SpeedTempoVolumeAndSlideEffects) {
         mod.Cell(0, 3, 0, 0, 0, 0xD, 0);
         if (c.speed >= 0) mod.Cell(0, 0, 1, 0, 0, 0xF, c.speed);
         if (c.tempo >= 0) mod.Cell(0, 0, 2, 0, 0, 0xF, c.tempo);
-        Chooser chooser;
-        chooser.chipType = c.chip;
-        EXPECT_EQ(TotalLines(*mod.Import(chooser)), c.lines) << c.speed << " " << c.tempo;
+        EXPECT_EQ(test::ForEachSongLine(*mod.Import(c.chip == kChipPal ? Chooser() : Ntsc())), c.lines)
+            << c.speed << " " << c.tempo;
     }
     ModFile mod(1, {0});
     mod.Sample(1, 2, 64, 1, 1);  // looping over the two bytes before the data: 00 7F
@@ -192,9 +168,7 @@ TEST(ModImport, MalformedHeadersAndBreaksAreRefused) {
     lateBreak.bytes[950] = 31, lateBreak.bytes[952 + 30] = 1;
     lateBreak.Cell(0, 0, 1, 0, 0, 0xF, 31);
     lateBreak.Cell(1, 0, 2, 0, 0, 0xD, 0x64);
-    Chooser ntsc;
-    ntsc.chipType = kChipNtsc;
-    EXPECT_EQ(TotalLines(*lateBreak.Import(ntsc)), kPatterns * kMaxLines);
+    EXPECT_EQ(test::ForEachSongLine(*lateBreak.Import(Ntsc())), kPatterns * kMaxLines);
 }
 
 }  // namespace

@@ -8,21 +8,13 @@
 #include "files/import/importers.h"
 #include "model/exception.h"
 #include "model/notes.h"
-#include "test_support.h"
+#include "files/module_test_support.h"
 
 namespace sondrel {
 namespace {
 
-using Bytes = std::vector<unsigned char>;
-
-struct Chooser : ImportOptionsProvider {
-    std::optional<VgmImportOptions> proposal;
-    bool cancel = false;
-    std::optional<VgmImportOptions> ChooseVgmOptions(const VgmImportOptions& offered) override {
-        proposal = offered;
-        return cancel ? std::nullopt : std::optional(offered);
-    }
-};
+using test::Bytes;
+using Chooser = test::Chooser<VgmImportOptions>;
 
 void Put32(Bytes& b, size_t at, uint32_t v) {
     for (int i = 0; i < 4; ++i) b[at + i] = static_cast<unsigned char>(v >> (8 * i));
@@ -39,26 +31,19 @@ Bytes Vgm(const Bytes& commands, uint32_t rate = 60, uint32_t clock = 3579545, c
     return b;
 }
 
-std::unique_ptr<Module> Import(const Bytes& bytes, Chooser& chooser, bool gzip = false) {
-    test::ScratchDir dir;
-    auto path = dir / "a.vgm";
-    if (gzip) {
-        gzFile out = gzopen(path.c_str(), "wb");
-        gzwrite(out, bytes.data(), static_cast<unsigned>(bytes.size()));
-        gzclose(out);
-    } else {
-        test::WriteBytes(path, bytes);
-    }
-    auto module = std::make_unique<Module>(), fresh = std::make_unique<Module>();
-    module->NewModule({}), fresh->NewModule({});
-    if (ImportVgm(*module, path.string(), chooser)) return module;
-    EXPECT_TRUE(*module == *fresh);
-    return nullptr;
-}
+// Nothing when the chooser declines; gzip writes the log compressed.
+std::unique_ptr<Module> Import(const Bytes& bytes, Chooser& chooser) { return test::ImportFresh(FileKind::Vgm, bytes, chooser); }
 
 std::unique_ptr<Module> Import(const Bytes& bytes, bool gzip = false) {
     Chooser chooser;
-    return Import(bytes, chooser, gzip);
+    if (!gzip) return Import(bytes, chooser);
+    test::ScratchDir dir;
+    gzFile out = gzopen((dir / "a.vgm").c_str(), "wb");
+    gzwrite(out, bytes.data(), static_cast<unsigned>(bytes.size()));
+    gzclose(out);
+    auto module = test::NewModule();
+    EXPECT_TRUE(ImportVgm(*module, (dir / "a.vgm").string(), chooser));
+    return module;
 }
 
 TEST(VgmImport, WaitsCarryOverIntoOneLinePerFrame) {
@@ -129,7 +114,7 @@ TEST(VgmImport, TheHeaderProposesTheOptionsAndBadFilesAreRefused) {
     EXPECT_EQ(ntsc.chip, (ChipSettings{kDivider1x, kChipNtsc}));
     EXPECT_EQ(std::tie(ntsc.noisePattern, ntsc.noiseWidth), std::make_tuple(9, 16));  // what a 0 in the header stands for
     Chooser declining;
-    declining.cancel = true;
+    declining.decline = true;
     EXPECT_EQ(Import(Vgm({0x62}), declining), nullptr);
 
     Bytes noRoom = Vgm({0x62}), notVgm = Vgm({0x62});
