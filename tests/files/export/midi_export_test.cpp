@@ -155,37 +155,34 @@ TEST(MidiExportTest, VolumeEventsFollowTheLevelWhileANoteIsOn) {
     EXPECT_TRUE(ChannelEvents(Track(BuildMidi(MidiExportOptions{}, *module), 1)) == expected);
 }
 
-TEST(MidiExportTest, NoiseNotesTakeFixedPitchesAndTheirTypesRows) {
-    auto module = TickPerLine(8);
-    for (int i = 0; i < 8; ++i) SetNote(*module, i, 3, static_cast<uint8_t>(247 + i), 1);
-    MidiExportOptions options;
-    options.programs[17] = 20;  // periodic noise, instrument 1
-    options.programs[33] = 40;  // white noise, instrument 1
-    std::vector<int> notes, programs;
-    for (const Event& e : ChannelEvents(Track(BuildMidi(options, *module), 4))) {
-        if (e.status == 0x93) notes.push_back(e.data[0]);
-        if (e.status == 0xC3) programs.push_back(e.data[0]);
-    }
-    EXPECT_EQ(notes, (std::vector<int>{93, 81, 69, 226, 93, 81, 69, 230}));
-    EXPECT_EQ(programs, (std::vector<int>{20, 40}));
-}
-
-TEST(MidiExportTest, NotesTheChannelCannotPitchEndThePreviousNoteOnly) {
+TEST(MidiExportTest, NoiseTakesFixedPitchesAndNotesTheChannelCannotPitchEndThePreviousNoteOnly) {
     auto module = TickPerLine(8);
     SetNote(*module, 0, 0, 60);
     SetNote(*module, 2, 0, kNoteNull);  // a constant level, no pitch
     SetNote(*module, 4, 0, 69);
     SetNote(*module, 6, 0, 30);  // below the playable range: silence
+    for (int i = 0; i < 8; ++i) SetNote(*module, i, 3, static_cast<uint8_t>(247 + i), 1);
+    MidiExportOptions options;
+    options.programs[17] = 20;  // periodic noise, instrument 1
+    options.programs[33] = 40;  // white noise, instrument 1
+    const Bytes file = BuildMidi(options, *module);
     std::vector<std::pair<uint32_t, int>> onOff;  // time, +note for on and -note for off
-    for (const Event& e : ChannelEvents(Track(BuildMidi(MidiExportOptions{}, *module), 1))) {
+    for (const Event& e : ChannelEvents(Track(file, 1))) {
         if (e.status == 0x90) onOff.emplace_back(e.time, e.data[0]);
         if (e.status == 0x80) onOff.emplace_back(e.time, -e.data[0]);
     }
     EXPECT_EQ(onOff, (std::vector<std::pair<uint32_t, int>>{{0, 60}, {16, -60}, {32, 69}, {48, -69}}));
+    std::vector<int> notes, programs;
+    for (const Event& e : ChannelEvents(Track(file, 4))) {
+        if (e.status == 0x93) notes.push_back(e.data[0]);
+        if (e.status == 0xC3) programs.push_back(e.data[0]);
+    }
+    EXPECT_EQ(notes, (std::vector<int>{93, 81, 69, 226, 93, 81, 69, 230}));
+    EXPECT_EQ(programs, (std::vector<int>{20, 40}));
 
     // With the 2x divider every tone sounds, and is written, an octave lower.
     module->frequencyDivider = kDivider2x;
-    const std::vector<Event> lower = ChannelEvents(Track(BuildMidi(MidiExportOptions{}, *module), 1));
+    const std::vector<Event> lower = ChannelEvents(Track(BuildMidi(options, *module), 1));
     ASSERT_GE(lower.size(), 2u);
     EXPECT_EQ(lower[1].status, 0x90);
     EXPECT_EQ(lower[1].data[0], 48);

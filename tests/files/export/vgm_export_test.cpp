@@ -60,10 +60,9 @@ TEST(VgmExportTest, HeaderFieldsFollowTheChipSettingsAndOffsetsArePatched) {
     }
 }
 
-TEST(VgmExportTest, FirstFrameWritesEveryRegisterInTheFixedOrder) {
-    // One line played for one tick: the song ends on its first frame.
-    auto module = TickPerLine(1);
-    SetNote(*module, 0, 0, 69);  // period 254
+TEST(VgmExportTest, TheFirstFrameWritesEveryRegisterAndUnchangedFramesOnlyStereoAndTheWait) {
+    auto module = TickPerLine(3);
+    SetNote(*module, 0, 0, 69);   // period 254, held over the next two frames
     SetNote(*module, 0, 3, 252);  // white noise, middle rate
     module->patterns[0].lines[0].command = kCommandST;
     module->patterns[0].lines[0].commandParam = 0xF7;
@@ -74,19 +73,8 @@ TEST(VgmExportTest, FirstFrameWritesEveryRegisterInTheFixedOrder) {
         0x50, 0xF0,                          // noise volume
         0x4F, 0xF7,                          // stereo
         0x50, 0xE5,                          // noise control
-        0x62, 0x66};
+        0x62, 0x4F, 0xF7, 0x62, 0x4F, 0xF7, 0x62, 0x66};
     EXPECT_EQ(Commands(BuildVgm(*module)), expected);
-}
-
-TEST(VgmExportTest, UnchangedFramesWriteOnlyTheWaitAndAnyStereoSetting) {
-    auto module = TickPerLine(3);
-    SetNote(*module, 0, 1, 57);  // held over the next two frames
-    module->patterns[0].lines[0].command = kCommandST;
-    module->patterns[0].lines[0].commandParam = 0x3C;
-    const Bytes commands = Commands(BuildVgm(*module));
-    ASSERT_GE(commands.size(), 10u);
-    EXPECT_EQ(Bytes(commands.end() - 10, commands.end()),
-              (Bytes{0x4F, 0x3C, 0x62, 0x4F, 0x3C, 0x62, 0x4F, 0x3C, 0x62, 0x66}));
 }
 
 // Replays the log's writes into a chip and compares it, frame by frame, with
@@ -224,6 +212,11 @@ TEST(VgmExportTest, AnOutsidePlayerPlaysAHeldNoteAtOurPitch) {
         SetNote(*module, 0, 0, 69);  // A 3
         Gme gme = OpenInGme(BuildVgm(*module));
         ASSERT_TRUE(gme);
+        gme_info_t* info = nullptr;  // the header's length and the tag, as the outside player reads them
+        ASSERT_EQ(gme_track_info(gme.get(), &info, 0), nullptr);
+        EXPECT_EQ(info->length, 96 * 1000 / 60);
+        EXPECT_STREQ(info->dumper, "Sondrel VGM Exporter");
+        gme_free_info(info);
         gme_ignore_silence(gme.get(), 1);
         const std::vector<int16_t> theirs = PlayInGme(gme.get(), 1.5);
         test::ScratchDir dir;
@@ -238,40 +231,13 @@ TEST(VgmExportTest, AnOutsidePlayerPlaysAHeldNoteAtOurPitch) {
     }
 }
 
-TEST(VgmExportTest, AnOutsidePlayerAcceptsTheDemoSong) {
-    auto demo = LoadDemo();
-    ASSERT_TRUE(demo);
-    Gme gme = OpenInGme(BuildVgm(*demo));
-    ASSERT_TRUE(gme);
-    gme_info_t* info = nullptr;
-    ASSERT_EQ(gme_track_info(gme.get(), &info, 0), nullptr);
-    EXPECT_STREQ(info->song, demo->title.c_str());
-    EXPECT_STREQ(info->author, demo->author.c_str());
-    EXPECT_STREQ(info->system, "Sega Master System / Game Gear");
-    EXPECT_STREQ(info->dumper, "Sondrel VGM Exporter");
-    const double seconds = CalculateSongTime(*demo, 0, 0).totalSeconds;
-    EXPECT_NEAR(info->length / 1000.0, seconds, 0.01);
-    gme_free_info(info);
-
-    const std::vector<int16_t> left = PlayInGme(gme.get(), 10.0);
-    double energy = 0.0;
-    for (int16_t sample : left) energy += static_cast<double>(sample) * sample;
-    EXPECT_GT(energy / static_cast<double>(left.size()), 1000.0);
-    EXPECT_FALSE(gme_track_ended(gme.get()));
-}
-
 #else
 
 // Fails in CI, where the library is expected, and skips elsewhere.
-void WithoutGme() {
-    if (std::getenv("CI")) {
-        FAIL() << "libgme is missing: install libgme-dev to check VGM export";
-    }
+TEST(VgmExportTest, AnOutsidePlayerPlaysAHeldNoteAtOurPitch) {
+    if (std::getenv("CI")) FAIL() << "libgme is missing: install libgme-dev to check VGM export";
     GTEST_SKIP() << "libgme is missing; the exported VGM is not checked by an outside player";
 }
-
-TEST(VgmExportTest, AnOutsidePlayerPlaysAHeldNoteAtOurPitch) { WithoutGme(); }
-TEST(VgmExportTest, AnOutsidePlayerAcceptsTheDemoSong) { WithoutGme(); }
 
 #endif
 
