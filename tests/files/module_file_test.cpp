@@ -2,14 +2,10 @@
 
 #include <algorithm>
 #include <filesystem>
-#include <memory>
-#include <string>
-#include <vector>
 
-#include "files/module_file.h"
+#include "files/module_test_support.h"
 #include "model/exception.h"
 #include "model/notes.h"
-#include "files/module_test_support.h"
 
 namespace sondrel {
 namespace {

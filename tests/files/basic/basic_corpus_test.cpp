@@ -7,16 +7,12 @@
 #include <filesystem>
 #include <fstream>
 #include <map>
-#include <memory>
 #include <set>
-#include <string>
 
-#include "files/basic/basic_import.h"
 #include "files/basic/basic_interpreter.h"
 #include "files/basic/basic_listing.h"
-#include "files/import/importers.h"
-#include "model/notes.h"
 #include "files/module_test_support.h"
+#include "model/notes.h"
 
 namespace sondrel {
 namespace {

@@ -2,18 +2,11 @@
 
 #include <chrono>
 #include <cmath>
-#include <memory>
-#include <optional>
-#include <string>
-#include <vector>
 
-#include "files/basic/basic_import.h"
 #include "files/basic/basic_listing.h"
-#include "files/file_stream.h"
-#include "files/import/importers.h"
+#include "files/module_test_support.h"
 #include "model/exception.h"
 #include "model/notes.h"
-#include "files/module_test_support.h"
 
 namespace sondrel {
 namespace {
@@ -68,8 +61,9 @@ std::vector<Cell> Cells(const Module& m, int channel) {
 }
 
 // Start ticks and notes of the sounding cells only.
-std::vector<std::pair<long, int>> Notes(const Module& m, int channel = 0) {
-    std::vector<std::pair<long, int>> notes;
+using Played = std::vector<std::pair<long, int>>;
+Played Notes(const Module& m, int channel = 0) {
+    Played notes;
     for (const Cell& c : Cells(m, channel))
         if (c.note != kNoteNull) notes.push_back({c.tick, c.note});
     return notes;
@@ -83,11 +77,9 @@ TEST(BasicImport, TempoLengthAndDotsSetTheTicksWithoutDrift) {
     EXPECT_EQ(Cells(*Import("PLAY \"T120 L4 C D\""), 0),
               (std::vector<Cell>{{0, 72, 0, 15}, Silent(26), {30, 74, 0, 15}, Silent(56)}));
     // A dotted eighth at T60 lasts 3/4 s; two dots make 9/8 of a quarter note.
-    EXPECT_EQ(Notes(*Import("PLAY \"T60 C8. D16 E4.. F\"")),
-              (std::vector<std::pair<long, int>>{{0, 72}, {45, 74}, {60, 76}, {195, 77}}));
+    EXPECT_EQ(Notes(*Import("PLAY \"T60 C8. D16 E4.. F\"")), (Played{{0, 72}, {45, 74}, {60, 76}, {195, 77}}));
     // L sets the length of what follows; a length after a note is for that note alone.
-    EXPECT_EQ(Notes(*Import("PLAY \"L8 C D2 E\"")),
-              (std::vector<std::pair<long, int>>{{0, 72}, {15, 74}, {75, 76}}));
+    EXPECT_EQ(Notes(*Import("PLAY \"L8 C D2 E\"")), (Played{{0, 72}, {15, 74}, {75, 76}}));
 
     // Sixteenths at T120 are 7.5 ticks: each start is rounded on its own, so the bar
     // still ends on tick 120, and a hundred quarters at T130 end where they should.
@@ -101,10 +93,9 @@ TEST(BasicImport, TempoLengthAndDotsSetTheTicksWithoutDrift) {
     EXPECT_EQ(quarters[99].first, std::lround(99 * 3600.0 / 130.0));
 
     // Rests: P with its own length and dots, and N0; PAL modules count fifty ticks a second.
-    EXPECT_EQ(Notes(*Import("PLAY \"T120 C P4. D N0 E\"")),
-              (std::vector<std::pair<long, int>>{{0, 72}, {75, 74}, {135, 76}}));
+    EXPECT_EQ(Notes(*Import("PLAY \"T120 C P4. D N0 E\"")), (Played{{0, 72}, {75, 74}, {135, 76}}));
     Options pal = With(ChipSettings{kDivider1x, kChipPal});
-    EXPECT_EQ(Notes(*Import(Text("PLAY \"T120 C D\""), pal)), (std::vector<std::pair<long, int>>{{0, 72}, {25, 74}}));
+    EXPECT_EQ(Notes(*Import(Text("PLAY \"T120 C D\""), pal)), (Played{{0, 72}, {25, 74}}));
 }
 
 TEST(BasicImport, ArticulationDecidesWhereTheSilentCellGoes) {
@@ -127,18 +118,17 @@ TEST(BasicImport, ArticulationDecidesWhereTheSilentCellGoes) {
 TEST(BasicImport, PitchesOfNotesOctavesAndNumberedNotes) {
     // Octave 3 begins with middle C; N37 is the same note; sharps and flats meet.
     EXPECT_EQ(Notes(*Import("PLAY \"O3 C N37 C# D- > C < < B O6 B\"")),
-              (std::vector<std::pair<long, int>>{{0, 60}, {30, 60}, {60, 61}, {90, 61}, {120, 72}, {150, 59},
+              (Played{{0, 60}, {30, 60}, {60, 61}, {90, 61}, {120, 72}, {150, 59},
                                                  {180, 107}}));
     // Octaves stop at 0 and 6; notes below the chip's lowest tone move up by octaves.
     auto low = Notes(*Import("PLAY \"O0 C <<< C O1 A >>>>>>>> B\""));
-    EXPECT_EQ(low, (std::vector<std::pair<long, int>>{{0, 48}, {30, 48}, {60, 45}, {90, 107}}));
+    EXPECT_EQ(low, (Played{{0, 48}, {30, 48}, {60, 45}, {90, 107}}));
     // With the divider at 2x the chip reaches an octave lower, so the low A stays put.
     Options halved = With(ChipSettings{kDivider2x, kChipNtsc});
-    EXPECT_EQ(Notes(*Import(Text("PLAY \"O1 A O3 C\""), halved)), (std::vector<std::pair<long, int>>{{0, 57}, {30, 72}}));
+    EXPECT_EQ(Notes(*Import(Text("PLAY \"O1 A O3 C\""), halved)), (Played{{0, 57}, {30, 72}}));
 
     // BASIC refuses E#, B#, C- and F-: the notes before the fault play, the rest does not.
-    EXPECT_EQ(Notes(*Import("PLAY \"C D E# F\": PLAY \"G\"")),
-              (std::vector<std::pair<long, int>>{{0, 72}, {30, 74}, {60, 79}}));
+    EXPECT_EQ(Notes(*Import("PLAY \"C D E# F\": PLAY \"G\"")), (Played{{0, 72}, {30, 74}, {60, 79}}));
     EXPECT_EQ(Notes(*Import("PLAY \"C A.4 D\"")).size(), 2u);  // the dotted A plays, then "4" is refused
     EXPECT_EQ(Notes(*Import("PLAY \"C L128 D\"")).size(), 1u);
 }
@@ -146,12 +136,11 @@ TEST(BasicImport, PitchesOfNotesOctavesAndNumberedNotes) {
 TEST(BasicImport, SubstringsAndVariableArguments) {
     // X plays a string variable; =name; takes a number from a variable.
     EXPECT_EQ(Notes(*Import("10 A$ = \"CD\" + \"E\"\n20 PLAY \"XA$;G\"")),
-              (std::vector<std::pair<long, int>>{{0, 72}, {30, 74}, {60, 76}, {90, 79}}));
+              (Played{{0, 72}, {30, 74}, {60, 76}, {90, 79}}));
     EXPECT_EQ(Notes(*Import("10 FOR I = 2 TO 4\n20 PLAY \"O=I; C\"\n30 NEXT I\n40 N = 61: PLAY \"N=N;\"")),
-              (std::vector<std::pair<long, int>>{{0, 48}, {30, 60}, {60, 72}, {90, 84}}));
+              (Played{{0, 48}, {30, 60}, {60, 72}, {90, 84}}));
     // Operators bind as in BASIC: ^, then * and /, \, MOD, + and -.
-    EXPECT_EQ(Notes(*Import("N = 30 + 3 * 4 ^ 2 \\ 5 MOD 7 - -1: PLAY \"N=N;\"")),
-              (std::vector<std::pair<long, int>>{{0, 23 + 33}}));
+    EXPECT_EQ(Notes(*Import("N = 30 + 3 * 4 ^ 2 \\ 5 MOD 7 - -1: PLAY \"N=N;\"")), (Played{{0, 23 + 33}}));
     // A substring that plays itself stops at the nesting limit instead of running on.
     EXPECT_TRUE(Notes(*Import("10 A$ = \"CXA$;\"\n20 PLAY A$")).size() <= 20u);
     // Unknown variables and numbers in X stop the string.
@@ -159,11 +148,11 @@ TEST(BasicImport, SubstringsAndVariableArguments) {
     EXPECT_EQ(Notes(*Import("INPUT N: PLAY \"C N=N; D\"")).size(), 1u);
     // MID$ as a statement changes the string before it plays.
     EXPECT_EQ(Notes(*Import("10 A$ = \"CDE\": MID$(A$, 2, 1) = \"G\": PLAY A$")),
-              (std::vector<std::pair<long, int>>{{0, 72}, {30, 79}, {60, 76}}));
+              (Played{{0, 72}, {30, 79}, {60, 76}}));
 }
 
 TEST(BasicImport, LoopsSubroutinesAndEndlessPrograms) {
-    const std::vector<std::pair<long, int>> threeCs{{0, 72}, {30, 72}, {60, 72}};
+    const Played threeCs{{0, 72}, {30, 72}, {60, 72}};
     EXPECT_EQ(Notes(*Import("FOR I = 1 TO 3: PLAY \"C\": NEXT I")), threeCs);
     EXPECT_EQ(Notes(*Import("FOR I = 10 TO 1 STEP -4: PLAY \"C\": NEXT")), threeCs);
     EXPECT_EQ(Notes(*Import("FOR I = 1 TO 0: PLAY \"D\": NEXT: PLAY \"C\"")).size(), 1u);
@@ -195,18 +184,17 @@ TEST(BasicImport, LoopsSubroutinesAndEndlessPrograms) {
 }
 
 TEST(BasicImport, IfRunsKnownBranchesAndPlaysUnknownOnes) {
-    EXPECT_EQ(Notes(*Import("10 C = 2\n20 IF C = 1 THEN PLAY \"D\" ELSE PLAY \"C\"")),
-              (std::vector<std::pair<long, int>>{{0, 72}}));
+    EXPECT_EQ(Notes(*Import("10 C = 2\n20 IF C = 1 THEN PLAY \"D\" ELSE PLAY \"C\"")), (Played{{0, 72}}));
     // A condition on input cannot be known: its music plays, its jumps are not taken.
     EXPECT_EQ(Notes(*Import("10 INPUT E\n20 IF E = 1 THEN PLAY \"C\" ELSE GOTO 10\n30 IF INKEY$ = \"\" THEN 30\n"
                             "40 PLAY \"D\"")),
-              (std::vector<std::pair<long, int>>{{0, 72}, {30, 74}}));
+              (Played{{0, 72}, {30, 74}}));
     // Block IF of structured listings: the branch the value chooses, and on after END IF.
     for (const auto& [x, note] : std::vector<std::pair<int, int>>{{1, 72}, {2, 74}, {3, 76}}) {
         std::string listing = "X = " + std::to_string(x) +
                               "\nIF X = 1 THEN\n PLAY \"C\"\nELSEIF X = 2 THEN\n IF X THEN\n PLAY \"D\"\n END IF\n"
                               "ELSE\n PLAY \"E\"\nEND IF\nPLAY \"F\"";
-        EXPECT_EQ(Notes(*Import(listing)), (std::vector<std::pair<long, int>>{{0, note}, {30, 77}})) << x;
+        EXPECT_EQ(Notes(*Import(listing)), (Played{{0, note}, {30, 77}})) << x;
     }
     // Keywords run together with names, as GW-BASIC lets them be typed.
     EXPECT_EQ(Notes(*Import("10 FORI=1TO2:PLAYA$+\"C\":NEXTI")).size(), 2u);
@@ -215,13 +203,13 @@ TEST(BasicImport, IfRunsKnownBranchesAndPlaysUnknownOnes) {
 TEST(BasicImport, ThreeVoicesSoundAndNoise) {
     auto m = Import("10 PLAY \"V8 C\", \"E4 E\", \"G2\"\n20 PLAY \"D\", \"F\", \"A\"");
     EXPECT_EQ(Cells(*m, 0).front(), (Cell{0, 72, 0, 8}));
-    EXPECT_EQ(Notes(*m, 1), (std::vector<std::pair<long, int>>{{0, 76}, {30, 76}, {60, 77}}));
+    EXPECT_EQ(Notes(*m, 1), (Played{{0, 76}, {30, 76}, {60, 77}}));
     // In the foreground each PLAY waits for all voices: the second starts after the half note.
-    EXPECT_EQ(Notes(*m, 0), (std::vector<std::pair<long, int>>{{0, 72}, {60, 74}}));
-    EXPECT_EQ(Notes(*m, 2), (std::vector<std::pair<long, int>>{{0, 79}, {60, 81}}));
+    EXPECT_EQ(Notes(*m, 0), (Played{{0, 72}, {60, 74}}));
+    EXPECT_EQ(Notes(*m, 2), (Played{{0, 79}, {60, 81}}));
     // In the background the voices queue on their own.
     auto queued = Import("10 PLAY \"MB C\", \"E2\"\n20 PLAY \"D\", \"F\"");
-    EXPECT_EQ(Notes(*queued, 0), (std::vector<std::pair<long, int>>{{0, 72}, {30, 74}}));
+    EXPECT_EQ(Notes(*queued, 0), (Played{{0, 72}, {30, 74}}));
 
     // SOUND: duration in 18.2 Hz clock ticks, 32767 is silence; the Tandy form has volume and voice.
     auto sound = Import("SOUND 440, 18.2: SOUND 32767, 9.1: SOUND 880, 9.1, 7, 2: BEEP: NOISE 5, 12, 18.2");

@@ -1,15 +1,12 @@
 #include <gtest/gtest.h>
 
 #include <filesystem>
-#include <memory>
-#include <string>
 #include <utility>
-#include <vector>
 
 #include "files/export/export_command.h"
 #include "files/export/vgm_export.h"
-#include "model/exception.h"
 #include "files/module_test_support.h"
+#include "model/exception.h"
 
 namespace sondrel {
 namespace {

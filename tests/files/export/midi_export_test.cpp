@@ -1,19 +1,17 @@
 #include <gtest/gtest.h>
+
 #include <sys/wait.h>
 
 #include <array>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
-#include <memory>
-#include <string>
-#include <vector>
 
 #include "files/export/midi_export.h"
+#include "files/module_test_support.h"
 #include "model/exception.h"
 #include "model/notes.h"
 #include "sound/song_player.h"
-#include "files/module_test_support.h"
 
 namespace sondrel {
 namespace {
@@ -77,7 +75,6 @@ std::vector<Event> ChannelEvents(const Bytes& track) {
     }
     return events;
 }
-
 
 TEST(MidiExportTest, VariableLengthQuantitiesAtTheirBoundaries) {
     const std::pair<uint32_t, Bytes> cases[] = {

@@ -1,11 +1,8 @@
 #include <gtest/gtest.h>
-
-#include <memory>
-
 #include "files/export/song_render.h"
 #include "files/export/wav_writer.h"
-#include "model/exception.h"
 #include "files/module_test_support.h"
+#include "model/exception.h"
 
 namespace sondrel {
 namespace {

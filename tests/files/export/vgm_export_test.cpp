@@ -2,16 +2,13 @@
 
 #include <cmath>
 #include <cstdlib>
-#include <memory>
-#include <string>
-#include <vector>
 
 #include "files/export/song_render.h"
 #include "files/export/vgm_export.h"
+#include "files/module_test_support.h"
 #include "model/exception.h"
 #include "sound/song_player.h"
 #include "sound/song_time.h"
-#include "files/module_test_support.h"
 
 #ifdef SONDREL_HAVE_GME
 #include <gme/gme.h>

@@ -1,17 +1,15 @@
 // Real MOD and VGM files written by other programs, from the shared corpus.
 #include <gtest/gtest.h>
+
 #include <zlib.h>
 
 #include <cstring>
 #include <fstream>
 #include <map>
-#include <memory>
 #include <regex>
 
-#include "files/file_stream.h"
-#include "files/module_file.h"
-#include "model/exception.h"
 #include "files/module_test_support.h"
+#include "model/exception.h"
 
 namespace sondrel {
 namespace {

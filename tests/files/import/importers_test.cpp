@@ -1,13 +1,11 @@
 // What every importer shares: a refusal leaves the module it was given as it was.
+
 #include <gtest/gtest.h>
 
 #include <cstring>
-#include <memory>
-#include <string>
 
-#include "files/import/importers.h"
-#include "model/exception.h"
 #include "files/module_test_support.h"
+#include "model/exception.h"
 
 namespace sondrel {
 namespace {

@@ -6,16 +6,11 @@
 #include <algorithm>
 #include <cmath>
 #include <fstream>
-#include <memory>
 #include <sstream>
-#include <string>
-#include <vector>
 
-#include "files/file_stream.h"
-#include "files/import/importers.h"
+#include "files/module_test_support.h"
 #include "model/exception.h"
 #include "model/notes.h"
-#include "files/module_test_support.h"
 
 namespace sondrel {
 namespace {

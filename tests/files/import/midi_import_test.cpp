@@ -1,17 +1,11 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
-#include <functional>
-#include <memory>
-#include <string>
 #include <tuple>
-#include <vector>
 
-#include "files/file_stream.h"
-#include "files/import/importers.h"
+#include "files/module_test_support.h"
 #include "model/exception.h"
 #include "model/notes.h"
-#include "files/module_test_support.h"
 
 namespace sondrel {
 namespace {

@@ -1,14 +1,11 @@
 #include <gtest/gtest.h>
 
 #include <cstring>
-#include <memory>
 #include <tuple>
 
-#include "files/import/importers.h"
-#include "files/module_file.h"
+#include "files/module_test_support.h"
 #include "model/exception.h"
 #include "model/notes.h"
-#include "files/module_test_support.h"
 
 namespace sondrel {
 namespace {
