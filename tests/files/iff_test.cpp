@@ -131,7 +131,6 @@ TEST(IFFParser, TryFormsLeaveThePositionAndFileEndIsExact) {
     EXPECT_EQ(parser.TryMatchBlockStart("ABCD"), std::optional<uint32_t>(2));
     EXPECT_FALSE(parser.TryReadNextBytes(id, 3));
     EXPECT_TRUE(parser.TryMatchData("x", 1));
-    EXPECT_THROW(parser.MatchFileEnd(), ParseException);  // one byte short
     parser.ReadNextBytes(id, 1);
     parser.MatchFileEnd();
 }

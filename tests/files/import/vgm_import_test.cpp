@@ -116,10 +116,8 @@ TEST(VgmImport, TheHeaderProposesTheOptionsAndBadFilesAreRefused) {
     declining.decline = true;
     EXPECT_EQ(Import(Vgm({0x62}), declining), nullptr);
 
-    Bytes noRoom = Vgm({0x62}), notVgm = Vgm({0x62});
-    Put32(noRoom, 4, 0);
+    Bytes notVgm = Vgm({0x62});  // a log that ends too early is refused in the importers' table
     notVgm[0] = 'v';
-    EXPECT_THROW(Import(noRoom), Exception);
     EXPECT_THROW(Import(notVgm), Exception);
     EXPECT_THROW(ImportVgm(*Import(Vgm({})), "/nonexistent/a.vgm", declining), Exception);
 }
