@@ -1,4 +1,5 @@
 #include <gtest/gtest.h>
+
 #include "files/export/song_render.h"
 #include "files/export/wav_writer.h"
 #include "files/module_test_support.h"
