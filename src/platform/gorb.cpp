@@ -4,6 +4,7 @@
 #include <SDL_image.h>
 #include <SDL_ttf.h>
 
+#include <algorithm>
 #include <cstdio>
 #include <deque>
 
@@ -231,6 +232,20 @@ bool Gorb_Surface::SavePng(const std::filesystem::path& path) const {
 }
 
 // ---- Gorb_Texture ----
+
+Gorb_Texture::Gorb_Texture(std::unique_ptr<Gorb_Surface> surface) : surface_(std::move(surface)) {
+    SDL_Surface* native = surface_->Native();
+    Uint32 key = 0;
+    if (SDL_GetColorKey(native, &key) == 0) transparentPixel_ = static_cast<int>(key);
+    const Gorb_Pixels pixels = surface_->Lock();
+    if (pixels.pixels) {
+        pixels_.resize(static_cast<std::size_t>(Width()) * Height());
+        for (int y = 0; y < Height(); ++y) std::copy_n(pixels.Row(y), Width(), pixels_.begin() + y * Width());
+    } else {
+        pixels_.assign(static_cast<std::size_t>(Width()) * Height(), 0);
+    }
+    surface_->Unlock();
+}
 
 void Gorb_Texture::BlitPart(const Gorb_Rect& part, int x, int y, Gorb_Surface* target) const {
     if (!target) target = Gorb_GetScreen();

@@ -10,6 +10,7 @@
 #include <filesystem>
 #include <memory>
 #include <string>
+#include <vector>
 
 struct SDL_Surface;
 struct _TTF_Font;
@@ -120,15 +121,21 @@ private:
 // A picture prepared for repeated drawing onto the screen (or another surface).
 class Gorb_Texture {
 public:
-    explicit Gorb_Texture(std::unique_ptr<Gorb_Surface> surface) : surface_(std::move(surface)) {}
+    explicit Gorb_Texture(std::unique_ptr<Gorb_Surface> surface);
     int Width() const { return surface_->Width(); }
     int Height() const { return surface_->Height(); }
+    // A row of the texture's RGB565 pixels, for painting it without a blit.
+    const uint16_t* Row(int y) const { return pixels_.data() + static_cast<std::size_t>(y) * Width(); }
+    // The pixel value left out when drawing, or -1 when every pixel is drawn.
+    int TransparentPixel() const { return transparentPixel_; }
     // Draws part of the texture at (x, y) on target; the screen when target is null.
     void BlitPart(const Gorb_Rect& part, int x, int y, Gorb_Surface* target = nullptr) const;
     void BlitPartScaled(const Gorb_Rect& part, const Gorb_Rect& where, Gorb_Surface* target = nullptr) const;
 
 private:
     std::unique_ptr<Gorb_Surface> surface_;
+    std::vector<uint16_t> pixels_;  // a plain copy: the surface itself is run-length encoded
+    int transparentPixel_ = -1;
 };
 
 class Gorb_Font {
