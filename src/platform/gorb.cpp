@@ -263,19 +263,30 @@ Gorb_Font::~Gorb_Font() { TTF_CloseFont(font_); }
 
 void Gorb_Font::Print(Gorb_Surface& target, int x, int y, const std::string& text, uint32_t argb) const {
     if (text.empty()) return;
-    const SDL_Color colour = ColourOf(argb | (argb >> 24 ? 0 : 0xFF000000u));
-    SDL_Surface* rendered =
-        mono_ ? TTF_RenderText_Solid(font_, text.c_str(), colour) : TTF_RenderText_Blended(font_, text.c_str(), colour);
-    if (!rendered) return;
-    SDL_Rect to{x, y, rendered->w, rendered->h};
-    SDL_BlitSurface(rendered, nullptr, target.Native(), &to);
-    SDL_FreeSurface(rendered);
+    const uint32_t opaque = argb | (argb >> 24 ? 0 : 0xFF000000u);
+    std::string key = text;
+    for (int shift = 0; shift < 32; shift += 8) key += static_cast<char>(opaque >> shift);
+    auto found = pictures_.find(key);
+    if (found == pictures_.end()) {
+        const SDL_Color colour = ColourOf(opaque);
+        SDL_Surface* rendered = mono_ ? TTF_RenderText_Solid(font_, text.c_str(), colour)
+                                      : TTF_RenderText_Blended(font_, text.c_str(), colour);
+        if (!rendered) return;
+        if (pictures_.size() >= kCachedTexts) pictures_.clear();
+        found = pictures_.emplace(std::move(key), std::make_unique<Gorb_Surface>(rendered)).first;
+    }
+    const Gorb_Surface& picture = *found->second;
+    target.Blit(picture, {0, 0, picture.Width(), picture.Height()}, x, y);
 }
 
 int Gorb_Font::TextWidth(const std::string& text) const {
+    if (text.empty()) return 0;
+    if (const auto found = widths_.find(text); found != widths_.end()) return found->second;
     int width = 0;
     int height = 0;
-    if (text.empty() || TTF_SizeText(font_, text.c_str(), &width, &height) != 0) return 0;
+    if (TTF_SizeText(font_, text.c_str(), &width, &height) != 0) return 0;
+    if (widths_.size() >= kCachedTexts) widths_.clear();
+    widths_.emplace(text, width);
     return width;
 }
 

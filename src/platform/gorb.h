@@ -10,6 +10,7 @@
 #include <filesystem>
 #include <memory>
 #include <string>
+#include <unordered_map>
 #include <vector>
 
 struct SDL_Surface;
@@ -151,8 +152,14 @@ public:
     int Height() const;
 
 private:
+    // The same texts come back every frame: their pictures and widths are
+    // kept, up to kCachedTexts of each, and all forgotten when that is reached.
+    static constexpr std::size_t kCachedTexts = 512;
+
     _TTF_Font* font_;
     bool mono_;
+    mutable std::unordered_map<std::string, std::unique_ptr<Gorb_Surface>> pictures_;  // text and colour
+    mutable std::unordered_map<std::string, int> widths_;
 };
 
 // ---- Display and window ----

@@ -295,6 +295,20 @@ TEST_F(PainterText, TextStaysInItsRectangleAlignedAndEllipsised) {
         }
     }
 
+    // The same text again in another colour is not the picture of the first.
+    auto surface = Blank(60, 20);
+    {
+        Painter painter(*surface);
+        painter.Text(*font_, 0, 0, "Hi", kWhite);
+        painter.Text(*font_, 30, 0, "Hi", 0xFF0000);
+    }
+    int green = 0;
+    for (int y = 0; y < 20; ++y) {
+        for (int x = 30; x < 60; ++x) green += (At(*surface, x, y) & 0x07E0) != 0;
+    }
+    EXPECT_EQ(green, 0);
+    EXPECT_GT(Inked(*surface).w, 30);
+
     const std::string cut = Painter::Ellipsised(*font_, longText, 60);
     EXPECT_LE(font_->TextWidth(cut), 60);
     EXPECT_EQ(cut.substr(cut.size() - 3), "...");
