@@ -35,7 +35,8 @@ TEST(Install, BothProgramsRunFromTheInstalledTreeAndLeaveItAsInstalled) {
         << output;
 
     std::set<fs::path> expected = {"bin/sondrel", "bin/sondrel-cli", "share/applications/sondrel.desktop",
-                                   "share/icons/hicolor/64x64/apps/sondrel.png", "share/man/man1/sondrel-cli.1"};
+                                   "share/icons/hicolor/64x64/apps/sondrel.png", "share/man/man1/sondrel-cli.1",
+                                   "share/sondrel/skins/fonts/DejaVuSans.ttf"};
     for (const fs::path& file : FilesBelow(test::SourceDir() / "data")) expected.insert("share/sondrel" / file);
     const std::set<fs::path> installed = FilesBelow(prefix);
     for (const fs::path& file : expected) EXPECT_TRUE(installed.count(file)) << file << " was not installed";

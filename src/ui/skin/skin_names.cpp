@@ -1,0 +1,66 @@
+#include "ui/skin/skin_names.h"
+
+#include <algorithm>
+
+namespace sondrel {
+
+std::vector<TokenizerKeyword> ThemeColourKeywords() {
+    std::vector<TokenizerKeyword> keywords;
+    for (int i = 0; i < kThemeColourCount; ++i) keywords.push_back({std::string(kThemeColourNames[i]), i});
+    return keywords;
+}
+
+const std::vector<SkinConfigName>& SkinConfigNames() {
+    static const std::vector<SkinConfigName> names = {
+        {"window_title", {{"height", 20}, {"text_x", 6}, {"text_y", 3}}},
+        {"window_body", {{"padding", 4}}},
+        {"menu_bar", {{"height", 20}, {"text_x", 8}, {"text_y", 3}, {"spacing", 12}}},
+        {"list_line", {{"height", 16}, {"text_x", 3}, {"text_y", 1}}},
+        {"text_entry", {{"pad_x", 3}, {"pad_y", 2}, {"cursor_width", 1}}},
+        {"button_text", {{"offset_x", 0}, {"offset_y", 0}, {"pressed_shift", 1}}},
+        {"scroll_bar", {{"size", 14}, {"grip_min", 10}}},
+    };
+    return names;
+}
+
+const SkinConfigName* FindSkinConfigName(std::string_view name) {
+    const auto& names = SkinConfigNames();
+    const auto found = std::find_if(names.begin(), names.end(), [&](const auto& n) { return n.name == name; });
+    return found == names.end() ? nullptr : &*found;
+}
+
+namespace {
+
+// The basic look of each widget kind, and the pressed and disabled looks of
+// the ones that are clicked.
+SkinRequirements MakeRequirements() {
+    SkinRequirements required;
+    const char* const kinds[] = {
+        "GT_WINDOW",       "GT_MENU",         "GT_BUTTON",      "GT_MBUTTON",     "GT_WINDOW_CLOSE",
+        "GT_WINDOW_MAXIMIZE", "GT_WINDOW_RESIZE", "GT_SPEEDBUTTON", "GT_CHECKBOX",  "GT_SELECTBOX",
+        "GT_CHECKBUTTON",  "GT_SELECTBUTTON", "GT_FRAME",       "GT_HGAUGE",      "GT_VGAUGE",
+        "GT_PROGRESSBAR",  "GT_HSCRBAR",      "GT_VSCRBAR",     "GT_HSLIDER",     "GT_VSLIDER",
+        "GT_TEXTLINE",     "GT_TEXTFIELD",    "GT_LIST",        "GT_IMAGE",       "GT_HSPACE_BAR",
+        "GT_VSPACE_BAR",
+    };
+    const char* const clicked[] = {"GT_BUTTON",      "GT_MBUTTON",     "GT_WINDOW_CLOSE", "GT_WINDOW_MAXIMIZE",
+                                   "GT_SPEEDBUTTON", "GT_CHECKBUTTON", "GT_SELECTBUTTON"};
+    for (const char* kind : kinds) required.items.push_back(std::string("B") + kind);
+    for (const char* kind : clicked) {
+        required.items.push_back(std::string("B") + kind + "_P");
+        required.items.push_back(std::string("B") + kind + "_D");
+    }
+    required.colourAreas = {"BGT_LIST_LINE_SEL", "SGT_TEXTLINE_CUR"};
+    required.fonts = {"default"};
+    for (const auto& config : SkinConfigNames()) required.configs.emplace_back(config.name);
+    return required;
+}
+
+}  // namespace
+
+const SkinRequirements& RequiredSkinKeys() {
+    static const SkinRequirements required = MakeRequirements();
+    return required;
+}
+
+}  // namespace sondrel

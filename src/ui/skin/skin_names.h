@@ -1,0 +1,94 @@
+#pragma once
+// The names the toolkit and its skins agree on, in one place: the colours of
+// a theme (the keyword table of theme files), the configuration entries a
+// skin may set with their numeric attributes, and the keys every skin must
+// define for the widgets to draw.
+
+#include <array>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "ui/tokenizer.h"
+
+namespace sondrel {
+
+// Indexes into a theme's colour table; kThemeColourNames holds their names
+// in the same order.
+enum class ThemeColour : int {
+    Background,
+    WindowBody,
+    WindowBorder,
+    TitleActive,
+    TitleInactive,
+    TitleText,
+    Text,
+    TextDisabled,
+    TextSelected,
+    TextHighlight,
+    Selection,
+    SelectionInactive,
+    Hover,
+    FocusRing,
+    BevelLight,
+    BevelDark,
+    ListLineOdd,
+    ListLineEven,
+    PatternBackground,
+    PatternNote,
+    PatternInstrument,
+    PatternVolume,
+    PatternCommand,
+    PatternCursor,
+    PatternPlayingLine,
+    PatternTactLine,
+    PatternBeatLine,
+    MeterLow,
+    MeterHigh,
+    Count
+};
+
+constexpr int kThemeColourCount = static_cast<int>(ThemeColour::Count);
+
+inline constexpr std::array<std::string_view, kThemeColourCount> kThemeColourNames = {
+    "background",      "window_body",       "window_border",     "title_active",     "title_inactive",
+    "title_text",      "text",              "text_disabled",     "text_selected",    "text_highlight",
+    "selection",       "selection_inactive", "hover",            "focus_ring",       "bevel_light",
+    "bevel_dark",      "list_line_odd",     "list_line_even",    "pattern_background", "pattern_note",
+    "pattern_instrument", "pattern_volume", "pattern_command",   "pattern_cursor",   "pattern_playing_line",
+    "pattern_tact_line", "pattern_beat_line", "meter_low",       "meter_high",
+};
+
+// The colour names as a tokenizer keyword table, each numbered by its index.
+std::vector<TokenizerKeyword> ThemeColourKeywords();
+
+// A configuration entry's numeric attribute and the value it has when the
+// skin leaves it out.
+struct SkinConfigAttribute {
+    std::string_view name;
+    int defaultValue = 0;
+};
+
+struct SkinConfigName {
+    std::string_view name;
+    std::vector<SkinConfigAttribute> attributes;  // in the order a skin writes them
+};
+
+// Every configuration name the toolkit knows; null when name is not one.
+const std::vector<SkinConfigName>& SkinConfigNames();
+const SkinConfigName* FindSkinConfigName(std::string_view name);
+
+// The keys a skin must define. Items and colour areas by their full key
+// (prefix and name), fonts, icons and configuration entries by name.
+struct SkinRequirements {
+    std::vector<std::string> items;
+    std::vector<std::string> colourAreas;
+    std::vector<std::string> fonts;
+    std::vector<std::string> icons;
+    std::vector<std::string> configs;
+};
+
+// What the toolkit's widgets look up.
+const SkinRequirements& RequiredSkinKeys();
+
+}  // namespace sondrel
