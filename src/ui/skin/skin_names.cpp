@@ -29,13 +29,8 @@ const SkinConfigName* FindSkinConfigName(std::string_view name) {
     return found == names.end() ? nullptr : &*found;
 }
 
-namespace {
-
-// The basic look of each widget kind, and the pressed and disabled looks of
-// the ones that are clicked.
-SkinRequirements MakeRequirements() {
-    SkinRequirements required;
-    const char* const kinds[] = {
+const std::array<std::string_view, kSkinWidgetTypeCount>& SkinWidgetTypeNames() {
+    static constexpr std::array<std::string_view, kSkinWidgetTypeCount> kNames = {
         "GT_WINDOW",       "GT_MENU",         "GT_BUTTON",      "GT_MBUTTON",     "GT_WINDOW_CLOSE",
         "GT_WINDOW_MAXIMIZE", "GT_WINDOW_RESIZE", "GT_SPEEDBUTTON", "GT_CHECKBOX",  "GT_SELECTBOX",
         "GT_CHECKBUTTON",  "GT_SELECTBUTTON", "GT_FRAME",       "GT_HGAUGE",      "GT_VGAUGE",
@@ -43,9 +38,18 @@ SkinRequirements MakeRequirements() {
         "GT_TEXTLINE",     "GT_TEXTFIELD",    "GT_LIST",        "GT_IMAGE",       "GT_HSPACE_BAR",
         "GT_VSPACE_BAR",
     };
+    return kNames;
+}
+
+namespace {
+
+// The basic look of each widget kind, and the pressed and disabled looks of
+// the ones that are clicked.
+SkinRequirements MakeRequirements() {
+    SkinRequirements required;
     const char* const clicked[] = {"GT_BUTTON",      "GT_MBUTTON",     "GT_WINDOW_CLOSE", "GT_WINDOW_MAXIMIZE",
                                    "GT_SPEEDBUTTON", "GT_CHECKBUTTON", "GT_SELECTBUTTON"};
-    for (const char* kind : kinds) required.items.push_back(std::string("B") + kind);
+    for (std::string_view kind : SkinWidgetTypeNames()) required.items.push_back("B" + std::string(kind));
     for (const char* kind : clicked) {
         required.items.push_back(std::string("B") + kind + "_P");
         required.items.push_back(std::string("B") + kind + "_D");

@@ -91,4 +91,9 @@ struct SkinRequirements {
 // What the toolkit's widgets look up.
 const SkinRequirements& RequiredSkinKeys();
 
+// The skin's widget type names ("GT_WINDOW" ... "GT_VSPACE_BAR") in the order
+// of its type table; the toolkit numbers its widget kinds the same way.
+constexpr int kSkinWidgetTypeCount = 26;
+const std::array<std::string_view, kSkinWidgetTypeCount>& SkinWidgetTypeNames();
+
 }  // namespace sondrel

@@ -1,0 +1,49 @@
+#pragma once
+// Every kind of command queue entry, with what its two words carry. This is
+// the contract between the toolkit, which makes the entries, and the command
+// dispatcher, which reads them. Kind 0 is never queued.
+
+#include <cstdint>
+
+namespace sondrel {
+
+enum EntryKind : uint32_t {
+    kEntryNone = 0,
+    kEntryMenuCommand = 1,   // a: the chosen menu entry's command number (0-38), b: 0
+    kEntryButton = 2,        // a: push button id, b: 0 for the first mouse button or Space, 1 otherwise
+    kEntryValue = 4,         // a: widget id, b: its value; a text entry lost the focus or a held widget was let go
+    kEntryWheelWidgetUp = 10,    // a: widget id, b: 0; the wheel turned (not negatively) over a scrolling widget
+    kEntryWheelWidgetDown = 11,  // a: widget id, b: 0; the same for a negative turn
+    kEntryKeyDown = 13,      // see PackKeyA/PackKeyB below
+    kEntryKeyUp = 14,        // a: key code, b: 1 when a widget took the key
+    kEntryWheelDown = 15,    // a: wheel delta, b: 0; no window took a negative turn
+    kEntryWheelUp = 16,      // a: wheel delta, b: 0; no window took a turn that was not negative
+    kEntryCloseRequest = 20, // a: 0, b: 0; the user asked to close the main window
+
+    // Notifications, one widget kind each; a is the widget id unless noted.
+    kEntryCheckBox = 3,      // check box toggled; b: 1 checked, 0 cleared
+    kEntrySelectBox = 5,     // selection box chosen; b: the chosen choice's index
+    kEntryCheckButton = 6,   // toggle button toggled; b: 1 down, 0 up
+    kEntrySelectButton = 7,  // radio-style button chosen; b: the chosen choice's index
+    kEntryListLine = 8,      // list line selected; b: line number, bit 31 set for a double click
+    kEntryTextField = 9,     // multi-line text field edited; b: line count
+    kEntryMenuButton = 18,   // menu-style button picked an entry; b: the entry's index
+    kEntryImage = 19,        // owner-drawn image clicked; b: x in the low 16 bits, y in the high 16 bits
+};
+
+// Key entries pack two 16-bit halves into a (key code low, character high)
+// and modifiers, repeat flag and taken flag into b (low 16 bits, then a byte
+// each).
+constexpr uint32_t PackKeyA(uint16_t key, uint16_t character) {
+    return static_cast<uint32_t>(key) | (static_cast<uint32_t>(character) << 16);
+}
+constexpr uint32_t PackKeyB(uint16_t modifiers, bool repeat, bool taken) {
+    return static_cast<uint32_t>(modifiers) | (repeat ? 1u << 16 : 0u) | (taken ? 1u << 24 : 0u);
+}
+constexpr uint16_t KeyCode(uint32_t a) { return static_cast<uint16_t>(a & 0xFFFF); }
+constexpr uint16_t KeyCharacter(uint32_t a) { return static_cast<uint16_t>(a >> 16); }
+constexpr uint16_t KeyModifiers(uint32_t b) { return static_cast<uint16_t>(b & 0xFFFF); }
+constexpr bool KeyRepeat(uint32_t b) { return ((b >> 16) & 0xFF) != 0; }
+constexpr bool KeyTaken(uint32_t b) { return ((b >> 24) & 0xFF) != 0; }
+
+}  // namespace sondrel

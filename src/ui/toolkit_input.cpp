@@ -1,0 +1,167 @@
+// The toolkit's handling of input events: keys, pointer moves, the wheel and
+// the mouse buttons.
+
+#include <algorithm>
+
+#include "ui/entry_kinds.h"
+#include "ui/toolkit.h"
+
+namespace sondrel {
+
+void Toolkit::Dispatch(const Gorb_Event& event) {
+    switch (event.type) {
+        case kGorbKeyDown: KeyDown(event); break;
+        case kGorbKeyUp: KeyUp(event); break;
+        case kGorbMouseMove: MouseMove({event.x, event.y}); break;
+        case kGorbWheelUp: Wheel(event.delta != 0 ? event.delta : 1); break;
+        case kGorbWheelDown: Wheel(event.delta != 0 ? event.delta : -1); break;
+        case kGorbButton1Down:
+            buttons_ |= kGorbMouseFirst;
+            MouseMove({event.x, event.y});
+            Press();
+            break;
+        case kGorbButton1Up:
+            buttons_ &= ~kGorbMouseFirst;
+            MouseMove({event.x, event.y});
+            Release();
+            break;
+        case kGorbButton2Down: buttons_ |= kGorbMouseSecond; break;
+        case kGorbButton2Up: buttons_ &= ~kGorbMouseSecond; break;
+        case kGorbButton3Down:
+            buttons_ |= kGorbMouseThird;
+            MouseMove({event.x, event.y});
+            ThirdButtonDown();
+            break;
+        case kGorbButton3Up: buttons_ &= ~kGorbMouseThird; break;
+        case kGorbCloseRequest: queue_.PushEntry(kEntryCloseRequest, 0); break;
+        default: break;
+    }
+}
+
+void Toolkit::KeyDown(const Gorb_Event& event) {
+    bool taken = false;
+    if (event.key == kKeyTab) {
+        if (current_ != nullptr && current_->Active()) {
+            Widget* next = current_->NextFocusable((modifiers_ & kGorbShift) != 0);
+            if (next != nullptr) Focus(current_, next, true);
+            taken = next != nullptr;
+        }
+    } else if (current_ != nullptr && current_->Active() && current_->Focus() != nullptr &&
+               mode_ == MouseMode::Idle) {
+        Widget* focused = current_->Focus();
+        WidgetContext context = Context();
+        taken = focused->KeyPress(context, event);
+        mode_ = context.mouseMode;
+        if (mode_ == MouseMode::SpaceHeld) held_ = focused;
+    }
+    queue_.PushKey(event.key, event.character, static_cast<uint16_t>(modifiers_), event.repeat, taken);
+}
+
+void Toolkit::KeyUp(const Gorb_Event& event) {
+    bool taken = false;
+    if (event.key == kKeySpace && mode_ == MouseMode::SpaceHeld) {
+        if (held_ != nullptr) {
+            WidgetContext context = Context();
+            held_->Release(context, {held_->Rect().x, held_->Rect().y}, 0);
+        }
+        held_ = nullptr;
+        mode_ = MouseMode::Idle;
+        taken = true;
+    }
+    queue_.PushKeyUp(event.key, taken);
+}
+
+void Toolkit::MouseMove(Point to) {
+    const int dx = to.x - mouse_.x;
+    const int dy = to.y - mouse_.y;
+    mouse_ = to;
+    if (mode_ == MouseMode::DraggingWindow && current_ != nullptr && (dx != 0 || dy != 0)) {
+        // Keep the title bar on the screen so the window can always be taken back.
+        const Gorb_Rect& r = current_->Rect();
+        const int screenW = screen_ != nullptr ? screen_->Width() : kScreenWidth;
+        const int screenH = screen_ != nullptr ? screen_->Height() : kScreenHeight;
+        const int x = std::clamp(r.x + dx, kTitleBarHeight - r.w, screenW - kTitleBarHeight);
+        const int y = std::clamp(r.y + dy, 0, screenH - kTitleBarHeight);
+        current_->MoveBy(x - r.x, y - r.y);
+    } else if (mode_ == MouseMode::WidgetHeld && held_ != nullptr) {
+        WidgetContext context = Context();
+        held_->Drag(context, held_->Owner()->ToLocal(to));
+        mode_ = context.mouseMode;
+    } else if (mode_ == MouseMode::InMenu && menu_ != nullptr) {
+        menu_->Follow(to);
+    }
+    UpdateHover();
+}
+
+void Toolkit::Wheel(int delta) {
+    for (auto it = stack_.rbegin(); it != stack_.rend(); ++it) {
+        Window* window = *it;
+        if (!window->Active() || !window->Contains(mouse_)) continue;
+        int part = kNoPart;
+        Widget* widget = window->WidgetAt(window->ToLocal(mouse_), part);
+        if (widget == nullptr || !widget->Enabled()) continue;
+        WidgetContext context = Context();
+        if (widget->Wheel(context, delta)) return;
+    }
+    queue_.PushEntry(delta < 0 ? kEntryWheelDown : kEntryWheelUp, static_cast<uint32_t>(delta));
+}
+
+void Toolkit::Press() {
+    if (mode_ != MouseMode::Idle) return;
+    if (hover_.kind == HoverKind::Menu && menu_ != nullptr) {
+        menu_->Press(mouse_);
+        mode_ = MouseMode::InMenu;
+        return;
+    }
+    Window* window = ActiveWindowAtPointer();
+    if (window == nullptr) return;
+    if (window != current_) Raise(window);
+    const Point local = window->ToLocal(mouse_);
+    int part = kNoPart;
+    Widget* widget = window->WidgetAt(local, part);
+    if (widget != nullptr) {
+        if (!widget->Enabled()) return;
+        Focus(window, widget, false);
+        WidgetContext context = Context();
+        widget->Press(context, local, part);
+        mode_ = context.mouseMode;
+        if (mode_ == MouseMode::WidgetHeld) held_ = widget;
+    } else if (window->Draggable()) {
+        mode_ = MouseMode::DraggingWindow;
+    }
+}
+
+void Toolkit::Release() {
+    if (mode_ == MouseMode::InMenu && menu_ != nullptr) {
+        menu_->Choose(mouse_, queue_);
+    } else if ((mode_ == MouseMode::WidgetHeld || mode_ == MouseMode::SpaceHeld) && held_ != nullptr) {
+        // A button held with Space is let go without a click when the mouse button goes up.
+        const Point local = held_->Owner()->ToLocal(mouse_);
+        const int part = mode_ == MouseMode::WidgetHeld ? held_->HitTest(local) : kNoPart;
+        WidgetContext context = Context();
+        held_->Release(context, local, part);
+        if (mode_ == MouseMode::WidgetHeld && held_->CommitsOnRelease()) {
+            held_->SetFlags(held_->Flags() & ~kWidgetChangedWhileHeld);
+            queue_.PushEntry(kEntryValue, held_->Id(), static_cast<uint32_t>(held_->Value()));
+        }
+    }
+    held_ = nullptr;
+    mode_ = MouseMode::Idle;
+}
+
+void Toolkit::ThirdButtonDown() {
+    Window* window = ActiveWindowAtPointer();
+    if (window == nullptr) return;
+    Raise(window);
+    int part = kNoPart;
+    Widget* widget = window->WidgetAt(window->ToLocal(mouse_), part);
+    if (widget != nullptr && widget->Focusable()) Focus(window, widget, false);
+}
+
+Window* Toolkit::ActiveWindowAtPointer() const {
+    for (auto it = stack_.rbegin(); it != stack_.rend(); ++it)
+        if ((*it)->Active() && (*it)->Contains(mouse_)) return *it;
+    return nullptr;
+}
+
+}  // namespace sondrel

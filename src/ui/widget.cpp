@@ -1,0 +1,19 @@
+#include "ui/widget.h"
+
+#include "ui/painter.h"
+#include "ui/skin/skin_library.h"
+
+namespace sondrel {
+
+bool DrawStyle::DrawItem(Painter& painter, std::string_view key, const Gorb_Rect& rect) const {
+    if (skin == nullptr || !skin->HasSkin()) return false;
+    const auto& items = skin->Current().items;
+    const auto found = items.find(key);
+    if (found == items.end() || !found->second.defined) return false;
+    const SkinItem& item = found->second;
+    const StretchSource source{item.rect, item.borders.left, item.borders.right, item.borders.top, item.borders.bottom};
+    painter.DrawStretched(skin->Picture(), source, rect);
+    return true;
+}
+
+}  // namespace sondrel
