@@ -89,9 +89,13 @@ TEST(SdlSoundBuffer, TheDeviceLoopsThroughTheBufferAndWritesWhatWasLocked) {
     EXPECT_GE(moves, 3u);
     buffer.Release();
 
+    // A paused device plays silence, so the file may start with some before Play.
     const auto raw = test::ReadBytes(dir / "out.raw");
-    ASSERT_GE(raw.size(), 2048u);
-    for (size_t i = 0; i < 2048; ++i) ASSERT_EQ(raw[i], i % 2 ? 0x12 : 0x34) << i;
+    size_t start = 0;
+    while (start < raw.size() && raw[start] == 0) ++start;
+    EXPECT_EQ(start % 4, 0u) << "the sound starts inside a stereo frame";
+    ASSERT_GE(raw.size(), start + 2048);
+    for (size_t i = 0; i < 2048; ++i) ASSERT_EQ(raw[start + i], i % 2 ? 0x12 : 0x34) << i;
 }
 
 TEST(MessageBox, HeadlessMessagesGoToStandardError) {
