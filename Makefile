@@ -12,7 +12,7 @@ ICON_SIZES   ?= 64 256
 export SDL_VIDEODRIVER ?= offscreen
 export SDL_AUDIODRIVER ?= dummy
 
-.PHONY: all deps configure build run demo icon install test test-sanitize bench fuzz clean
+.PHONY: all deps configure build run demo icon skin install test test-sanitize bench fuzz clean
 
 all: build
 
@@ -44,6 +44,10 @@ icon: build
 		mkdir -p desktop/icons/$${size}x$${size}/apps && \
 		$(BUILD)/bin/make-icon $$size desktop/icons/$${size}x$${size}/apps/sondrel.png || exit 1; \
 	done
+
+# Redraws the committed default skin (picture, skin file, theme) from tools/make_skin.cpp.
+skin: build
+	$(BUILD)/bin/make-skin data/skins
 
 # Builds, then installs the programs, their runtime files, the desktop entry,
 # the icons and the manual page below PREFIX (DESTDIR is honoured too).

@@ -4,8 +4,6 @@
 //
 // usage: make-icon SIZE OUT.png
 
-#include <zlib.h>
-
 #include <algorithm>
 #include <array>
 #include <cmath>
@@ -14,6 +12,8 @@
 #include <cstdlib>
 #include <string>
 #include <vector>
+
+#include "png_writer.h"
 
 namespace {
 
@@ -117,43 +117,6 @@ std::vector<uint8_t> Draw(int size) {
     return rgba;
 }
 
-void PutBigEndian(std::vector<uint8_t>& out, uint32_t value) {
-    for (int shift = 24; shift >= 0; shift -= 8) out.push_back(static_cast<uint8_t>(value >> shift));
-}
-
-void PutChunk(std::vector<uint8_t>& out, const char type[4], const std::vector<uint8_t>& data) {
-    PutBigEndian(out, static_cast<uint32_t>(data.size()));
-    const size_t start = out.size();
-    out.insert(out.end(), type, type + 4);
-    out.insert(out.end(), data.begin(), data.end());
-    PutBigEndian(out, static_cast<uint32_t>(crc32(0, out.data() + start, static_cast<uInt>(out.size() - start))));
-}
-
-// An 8-bit RGBA PNG, every row unfiltered, the whole image in one IDAT chunk.
-bool EncodePng(int size, const std::vector<uint8_t>& rgba, std::vector<uint8_t>& png) {
-    std::vector<uint8_t> rows;
-    const size_t stride = static_cast<size_t>(size) * 4;
-    for (int row = 0; row < size; ++row) {
-        rows.push_back(0);
-        rows.insert(rows.end(), rgba.begin() + row * stride, rgba.begin() + (row + 1) * stride);
-    }
-    uLongf packedSize = compressBound(static_cast<uLong>(rows.size()));
-    std::vector<uint8_t> packed(packedSize);
-    if (compress2(packed.data(), &packedSize, rows.data(), static_cast<uLong>(rows.size()), 9) != Z_OK) return false;
-    packed.resize(packedSize);
-
-    std::vector<uint8_t> header;
-    PutBigEndian(header, static_cast<uint32_t>(size));
-    PutBigEndian(header, static_cast<uint32_t>(size));
-    header.insert(header.end(), {8, 6, 0, 0, 0});  // depth, RGBA, deflate, no filter choice, no interlace
-
-    png = {0x89, 'P', 'N', 'G', '\r', '\n', 0x1A, '\n'};
-    PutChunk(png, "IHDR", header);
-    PutChunk(png, "IDAT", packed);
-    PutChunk(png, "IEND", {});
-    return true;
-}
-
 }  // namespace
 
 int main(int argc, char** argv) {
@@ -163,14 +126,11 @@ int main(int argc, char** argv) {
         return 2;
     }
     std::vector<uint8_t> png;
-    if (!EncodePng(size, Draw(size), png)) {
+    if (!sondrel::tools::EncodePng(size, size, Draw(size), png)) {
         std::fprintf(stderr, "make-icon: couldn't compress the picture\n");
         return 1;
     }
-    std::FILE* out = std::fopen(argv[2], "wb");
-    bool written = out && std::fwrite(png.data(), 1, png.size(), out) == png.size();
-    if (out && std::fclose(out) != 0) written = false;
-    if (!written) {
+    if (!sondrel::tools::WriteFileBytes(argv[2], png)) {
         std::fprintf(stderr, "make-icon: couldn't write %s\n", argv[2]);
         return 1;
     }

@@ -1,6 +1,7 @@
 #include "ui/skin/skin_names.h"
 
 #include <algorithm>
+#include <iterator>
 
 namespace sondrel {
 
@@ -43,8 +44,9 @@ const std::array<std::string_view, kSkinWidgetTypeCount>& SkinWidgetTypeNames() 
 
 namespace {
 
-// The basic look of each widget kind, and the pressed and disabled looks of
-// the ones that are clicked.
+// The basic look of each widget kind, the pressed, disabled and rollover
+// looks of the ones that are clicked, and the parts without which a kind
+// can't be drawn.
 SkinRequirements MakeRequirements() {
     SkinRequirements required;
     const char* const clicked[] = {"GT_BUTTON",      "GT_MBUTTON",     "GT_WINDOW_CLOSE", "GT_WINDOW_MAXIMIZE",
@@ -53,9 +55,20 @@ SkinRequirements MakeRequirements() {
     for (const char* kind : clicked) {
         required.items.push_back(std::string("B") + kind + "_P");
         required.items.push_back(std::string("B") + kind + "_D");
+        required.items.push_back(std::string("B") + kind + "_R");
     }
-    required.colourAreas = {"BGT_LIST_LINE_SEL", "SGT_TEXTLINE_CUR"};
-    required.fonts = {"default"};
+    const char* const parts[] = {
+        "BGT_CHECKBOX_T",      "BGT_SELECTBOX_T",     "BGT_CHECKBUTTON_T",  "BGT_SELECTBUTTON_T",
+        "HGT_WINDOW_TITLE",    "HGT_WINDOW_TITLE_I",  "HGT_MENU_BAR",       "HGT_MENU_ENTRY_S",
+        "HGT_MENU_SEPARATOR",  "SGT_MENU_CHECK",      "SGT_MENU_ARROW",     "HGT_HGAUGE_BAR",
+        "VGT_VGAUGE_BAR",      "HGT_PROGRESSBAR_BAR", "SGT_HSCRBAR_ARROW",  "SGT_HSCRBAR_ARROW2",
+        "HGT_HSCRBAR_GRIP",    "SGT_VSCRBAR_ARROW",   "SGT_VSCRBAR_ARROW2", "VGT_VSCRBAR_GRIP",
+        "SGT_HSLIDER_GRIP",    "SGT_VSLIDER_GRIP",    "HGT_LIST_COLUMN",
+    };
+    required.items.insert(required.items.end(), std::begin(parts), std::end(parts));
+    required.colourAreas = {"BGT_LIST_LINE", "BGT_LIST_LINE2", "BGT_LIST_LINE_SEL", "SGT_TEXTLINE_CUR",
+                            "BGT_TEXTLINE_SEL"};
+    required.fonts = {"default", "pattern"};
     for (const auto& config : SkinConfigNames()) required.configs.emplace_back(config.name);
     return required;
 }

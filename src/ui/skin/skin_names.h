@@ -3,6 +3,21 @@
 // a theme (the keyword table of theme files), the configuration entries a
 // skin may set with their numeric attributes, and the keys every skin must
 // define for the widgets to draw.
+//
+// Item and colour area names read GT_<KIND>[_<PART>][2][_<STATE>], behind the
+// prefix their entry kind gives them (B item or col, H hitem or hcol, V vitem
+// or vcol, S sitem or scol). KIND is the widget kind (BUTTON, HSCRBAR, ...),
+// PART a piece of it (ARROW, GRIP, BAR, LINE, CUR, ...), and "2" the second
+// of a pair: the right or lower scroll arrow, the other colour of alternating
+// list lines. The state suffixes:
+//   _P pressed: the mouse button is held on it
+//   _D disabled: it takes no input
+//   _R rollover: the mouse is over it
+//   _S selected: the chosen entry of a menu or list
+//   _I inactive: its window does not have the focus
+//   _T ticked: a check box, select box or toggle button that is on
+//   _F focused: it takes the keyboard input
+// A ticked look may carry a further state (GT_CHECKBOX_T_D).
 
 #include <array>
 #include <string>

@@ -166,6 +166,34 @@ TEST_F(SkinLibraryTest, FailuresNameTheirKeyAndKeepTheCurrentSkin) {
     EXPECT_THROW(library_->Current().Item("BNONE"), ParseException);
 }
 
+// The skin the program ships, as the build lays it out with its fonts: every
+// key the widgets look up is there, and its pieces lie inside the picture.
+TEST(ShippedSkin, DefinesEveryRequiredKeyWithinItsPicture) {
+    SkinLibrary library(test::BinaryDir() / "skins");
+    try {
+        library.LoadSkin("default.skin");
+    } catch (const Exception& e) {
+        FAIL() << e.Message();
+    }
+    const Skin& skin = library.Current();
+    const int width = library.Picture().Width(), height = library.Picture().Height();
+    auto inside = [&](const SkinColourArea& area) {
+        SCOPED_TRACE(area.key);
+        EXPECT_GE(area.rect.x, 0);
+        EXPECT_GE(area.rect.y, 0);
+        EXPECT_LE(area.rect.x + area.rect.w, width);
+        EXPECT_LE(area.rect.y + area.rect.h, height);
+        EXPECT_GT(area.innerWidth, 0);
+        EXPECT_GT(area.innerHeight, 0);
+    };
+    for (const auto& [key, item] : skin.items) inside(item);
+    for (const auto& [key, area] : skin.colourAreas) inside(area);
+    // The theme sets every colour; one it forgets stays 0.
+    ASSERT_EQ(skin.themes.size(), 1u);
+    for (int i = 0; i < kThemeColourCount; ++i) EXPECT_NE(skin.Colour(i), 0u) << kThemeColourNames[i];
+    EXPECT_TRUE(skin.Font("pattern").mono);
+}
+
 TEST(ThemeReader, ReadsSeveralThemesWithDerivedColours) {
     const auto themes = ReadThemes(R"(theme {
 name = "One"
