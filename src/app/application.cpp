@@ -17,12 +17,12 @@
 #include "platform/program_dirs.h"
 #include "sound/audio_output.h"
 #include "sound/song_player.h"
+#include "ui/skin/skin_library.h"
 
 namespace sondrel {
 
 namespace {
 
-constexpr uint32_t kBackgroundColour = 0xFF1C2433;
 constexpr uint32_t kTitleColour = 0xFFD8DEE9;
 constexpr uint32_t kInfoColour = 0xFF8894A8;
 // A font the system may have; without it the screen stays plain.
@@ -153,6 +153,18 @@ bool Application::StartUp() {
     displayOpen_ = true;
     platform_.SetWindowTitle(kProgramTitle);
 
+    // Every window is drawn from the skin: without it the program can't go on.
+    skins_ = std::make_unique<SkinLibrary>(paths_.dataDirectory / "skins");
+    try {
+        skins_->LoadSkin(kDefaultSkin);
+    } catch (const Exception& error) {
+        platform_.ShowMessage(error.Message());
+        skins_.reset();
+        platform_.CloseDisplay();
+        displayOpen_ = false;
+        return false;
+    }
+
     StartToolkit();
 
     module_ = std::make_unique<Module>();
@@ -263,6 +275,7 @@ void Application::ShutDown() {
         song_.reset();
         notes_.reset();
         StopToolkit();
+        skins_.reset();
         if (displayOpen_) platform_.CloseDisplay();
         displayOpen_ = false;
     } catch (const Exception&) {
@@ -309,7 +322,7 @@ void Application::UpdateView(const PlayerFeedback& feedback) {
 void Application::DrawScreen() {
     Gorb_Surface* screen = platform_.Screen();
     if (!screen) return;
-    screen->Fill(screen->FindPixel(kBackgroundColour));
+    screen->Fill(screen->FindPixel(skins_->Current().Colour(ThemeColour::Background)));
     if (!titleFont_) return;
     const int width = titleFont_->TextWidth(kProgramTitle);
     const int top = screen->Height() / 2 - titleFont_->Height();

@@ -21,10 +21,12 @@ class AudioOutput;
 class MidiIn;
 class MidiNoteEntry;
 class NotePlayer;
+class SkinLibrary;
 class SongPlayer;
 
 inline constexpr char kProgramTitle[] = "Sondrel";
 inline constexpr char kCouldNotLoadPreferences[] = "Couldn't load the preferences file (sondrel.prefs).";
+inline constexpr char kDefaultSkin[] = "default.skin";  // in the runtime files' "skins" folder
 inline constexpr char kCouldNotSavePreferences[] = "Couldn't save the configuration file.";
 inline constexpr char kErrorWhileQuitting[] =
     "An error occured while quitting.\nThis shouldn't happen.\nPlease report this to Harvelt.";
@@ -121,6 +123,7 @@ private:
     std::unique_ptr<MidiNoteEntry> midiEntry_;
     std::unique_ptr<SoundBuffer> soundBuffer_;
     std::unique_ptr<AudioOutput> audio_;
+    std::unique_ptr<SkinLibrary> skins_;
     std::unique_ptr<Gorb_Font> titleFont_;
     bool quitRequested_ = false;
     long frames_ = 0;

@@ -117,6 +117,7 @@ struct ApplicationTest : ::testing::Test {
     ApplicationTest() : savedDirectory(fs::current_path()) {
         fs::create_directories(scratch / "program");
         fs::create_directories(scratch / "start");
+        fs::copy(test::BinaryDir() / "skins", scratch / "program" / "skins", fs::copy_options::recursive);
         paths = {scratch / "program", scratch / "program", scratch / "start"};
         platform.preferencesFile = scratch / "program" / "sondrel.prefs";
     }
@@ -186,6 +187,21 @@ TEST_F(ApplicationTest, PreferencesThatCantBeReadOrWritten) {
     EXPECT_EQ(platform.log, (std::vector<std::string>{"open display", "title Sondrel", "sound create",
                                                       "message Couldn't save the configuration file.",
                                                       "close display"}));
+}
+
+TEST_F(ApplicationTest, ASkinThatCantBeLoadedShowsTheLoadersMessageAndEnds) {
+    // A skin lacking the keys the widgets need, then no skin at all.
+    const fs::path skin = scratch / "program" / "skins" / "default.skin";
+    const std::string empty = "<skin name=\"bare\" author=\"\" picture=\"default.png\">\n</skin>\n";
+    test::WriteBytes(skin, std::vector<unsigned char>(empty.begin(), empty.end()));
+    const std::string missingWindow = "message Skin item name not found\nskit_data_.name: BGT_WINDOW";
+    for (const std::string& message : {missingWindow, std::string("message Load(): Couldn't open file")}) {
+        platform.log.clear();
+        Application app(platform, paths);
+        EXPECT_EQ(app.Run("sondrel"), 1);
+        EXPECT_EQ(platform.log, (std::vector<std::string>{"open display", "title Sondrel", message, "close display"}));
+        fs::remove(skin);
+    }
 }
 
 TEST_F(ApplicationTest, TheFileOnTheCommandLineOpensFromTheStartDirectory) {

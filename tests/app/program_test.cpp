@@ -30,6 +30,7 @@ protected:
         ASSERT_TRUE(fs::exists(built)) << built << " is missing: build the sondrel target first";
         fs::copy_file(built, dir / "sondrel");
         fs::copy_file(test::SourceDir() / "data" / "demo.sdrltk", dir / "demo.sdrltk");
+        fs::copy(test::BinaryDir() / "skins", dir / "skins", fs::copy_options::recursive);
     }
 
     ProgramRun Run(const std::string& environment, const std::string& arguments = "") {
