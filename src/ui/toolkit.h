@@ -43,8 +43,8 @@ public:
     uint32_t MouseState(int& x, int& y) override { return Gorb_GetMouseState(x, y); }
 };
 
-// The menu bar and its open menus, tested before the windows. Not built yet:
-// the toolkit runs without one.
+// The menu bar and its open menus, tested before the windows. The toolkit
+// runs without one too.
 class MenuBar {
 public:
     virtual ~MenuBar() = default;
@@ -55,6 +55,8 @@ public:
     // The button went up: choose the entry under the pointer (a menu command entry).
     virtual void Choose(Point screen, CommandQueue& queue) = 0;
     virtual void Close() = 0;
+    // A key went down; true when an open menu took it (Escape closes it).
+    virtual bool KeyPress(uint16_t /*key*/) { return false; }
     virtual void Draw(Painter& painter, const DrawStyle& style) const = 0;
 };
 

@@ -40,7 +40,9 @@ void Toolkit::Dispatch(const Gorb_Event& event) {
 
 void Toolkit::KeyDown(const Gorb_Event& event) {
     bool taken = false;
-    if (event.key == kKeyTab) {
+    if (menu_ != nullptr && menu_->KeyPress(event.key)) {
+        taken = true;
+    } else if (event.key == kKeyTab) {
         if (current_ != nullptr && current_->Active()) {
             Widget* next = current_->NextFocusable((modifiers_ & kGorbShift) != 0);
             if (next != nullptr) Focus(current_, next, true);
@@ -87,7 +89,8 @@ void Toolkit::MouseMove(Point to) {
         WidgetContext context = Context();
         held_->Drag(context, held_->Owner()->ToLocal(to));
         mode_ = context.mouseMode;
-    } else if (mode_ == MouseMode::InMenu && menu_ != nullptr) {
+    } else if ((mode_ == MouseMode::InMenu || mode_ == MouseMode::Idle) && menu_ != nullptr) {
+        // A menu opened by a click follows the pointer with no button down too.
         menu_->Follow(to);
     }
     UpdateHover();
@@ -113,6 +116,8 @@ void Toolkit::Press() {
         mode_ = MouseMode::InMenu;
         return;
     }
+    // A press anywhere off the menus closes them without choosing.
+    if (menu_ != nullptr) menu_->Close();
     Window* window = ActiveWindowAtPointer();
     if (window == nullptr) return;
     if (window != current_) Raise(window);

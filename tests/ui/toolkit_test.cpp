@@ -2,9 +2,9 @@
 
 #include <gtest/gtest.h>
 
-#include <deque>
 #include <vector>
 
+#include "ui/queued_input.h"
 #include "ui/entry_kinds.h"
 #include "ui/painter.h"
 #include "ui/widgets/push_button.h"
@@ -12,24 +12,7 @@
 namespace sondrel {
 namespace {
 
-// Synthetic input: queued events, modifiers and a pointer position.
-class FakeInput : public InputSource {
-public:
-    bool NextEvent(Gorb_Event& event) override {
-        if (events.empty()) return false;
-        event = events.front();
-        events.pop_front();
-        return true;
-    }
-    uint32_t Modifiers() override { return modifiers; }
-    uint32_t MouseState(int& x, int& y) override {
-        x = 0;
-        y = 0;
-        return 0;
-    }
-    std::deque<Gorb_Event> events;
-    uint32_t modifiers = 0;
-};
+using FakeInput = QueuedInput;
 
 // A widget that holds itself down when pressed and counts its repeats.
 class HeldCounter : public Widget {

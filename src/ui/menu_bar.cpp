@@ -1,0 +1,252 @@
+#include "ui/menu_bar.h"
+
+#include <algorithm>
+#include <utility>
+
+#include "ui/entry_kinds.h"
+#include "ui/painter.h"
+
+namespace sondrel {
+
+namespace {
+
+constexpr uint16_t kKeyEscape = 1;
+constexpr int kMenuBorder = 2;
+constexpr int kFallbackCharWidth = 7;
+
+int EntryHeight(const MenuEntry& entry) {
+    return entry.separator ? DropDownMenuBar::kSeparatorHeight : DropDownMenuBar::kEntryHeight;
+}
+
+bool Choosable(const MenuEntry& entry) { return !entry.separator && entry.enabled && entry.submenu.empty(); }
+
+}  // namespace
+
+MenuEntry MenuSeparator() {
+    MenuEntry entry;
+    entry.separator = true;
+    entry.enabled = false;
+    return entry;
+}
+
+DropDownMenuBar::DropDownMenuBar(std::vector<MenuTitle> titles, int screenWidth, const Gorb_Font* font)
+    : titles_(std::move(titles)), screenWidth_(screenWidth), font_(font) {}
+
+int DropDownMenuBar::TextWidth(const std::string& text) const {
+    return font_ != nullptr ? font_->TextWidth(text) : static_cast<int>(text.size()) * kFallbackCharWidth;
+}
+
+Gorb_Rect DropDownMenuBar::TitleRect(int title) const {
+    int x = kTitleTextX / 2;
+    for (int i = 0; i < title; ++i) x += TextWidth(titles_[static_cast<size_t>(i)].text) + kTitleSpacing;
+    return {x, 0, TextWidth(titles_[static_cast<size_t>(title)].text) + kTitleSpacing, kBarHeight};
+}
+
+Gorb_Rect DropDownMenuBar::EntryRect(int level, int entry) const {
+    const OpenMenu& menu = open_[static_cast<size_t>(level)];
+    int y = menu.rect.y + kMenuBorder;
+    for (int i = 0; i < entry; ++i) y += EntryHeight((*menu.entries)[static_cast<size_t>(i)]);
+    return {menu.rect.x + kMenuBorder, y, menu.rect.w - 2 * kMenuBorder,
+            EntryHeight((*menu.entries)[static_cast<size_t>(entry)])};
+}
+
+int DropDownMenuBar::TitleAt(Point screen) const {
+    for (int i = 0; i < static_cast<int>(titles_.size()); ++i) {
+        if (sondrel::Contains(TitleRect(i), screen)) return i;
+    }
+    return -1;
+}
+
+bool DropDownMenuBar::EntryAt(Point screen, int& level, int& entry) const {
+    for (int l = static_cast<int>(open_.size()) - 1; l >= 0; --l) {
+        if (!sondrel::Contains(open_[static_cast<size_t>(l)].rect, screen)) continue;
+        level = l;
+        entry = -1;
+        for (int e = 0; e < static_cast<int>(open_[static_cast<size_t>(l)].entries->size()); ++e) {
+            if (sondrel::Contains(EntryRect(l, e), screen)) entry = e;
+        }
+        return true;
+    }
+    return false;
+}
+
+bool DropDownMenuBar::Contains(Point screen) const {
+    if (sondrel::Contains(BarRect(), screen)) return true;
+    return std::any_of(open_.begin(), open_.end(),
+                       [screen](const OpenMenu& menu) { return sondrel::Contains(menu.rect, screen); });
+}
+
+void DropDownMenuBar::OpenLevel(const std::vector<MenuEntry>& entries, int x, int y, int flipX) {
+    int textWidth = 0;
+    int shortcutWidth = 0;
+    int height = 2 * kMenuBorder;
+    for (const MenuEntry& entry : entries) {
+        height += EntryHeight(entry);
+        if (entry.separator) continue;
+        textWidth = std::max(textWidth, TextWidth(entry.text));
+        if (!entry.shortcut.empty()) shortcutWidth = std::max(shortcutWidth, TextWidth(entry.shortcut));
+    }
+    const int width = std::max(kMinMenuWidth, 2 * kMenuBorder + 2 * kMarkColumn + textWidth +
+                                                  (shortcutWidth > 0 ? kShortcutGap + shortcutWidth : 0));
+    // A menu that would run off the right edge opens towards the left instead.
+    if (x + width > screenWidth_) x = std::max(0, flipX - width);
+    open_.push_back({&entries, {x, y, width, height}, -1});
+}
+
+void DropDownMenuBar::OpenTitleMenu(int title) {
+    open_.clear();
+    openTitle_ = title;
+    const Gorb_Rect titleRect = TitleRect(title);
+    OpenLevel(titles_[static_cast<size_t>(title)].entries, titleRect.x, kBarHeight, titleRect.x + titleRect.w);
+}
+
+void DropDownMenuBar::Press(Point screen) {
+    const int title = TitleAt(screen);
+    if (title >= 0) {
+        // A second press on the open title folds its menu away.
+        if (title == openTitle_) {
+            Close();
+        } else {
+            OpenTitleMenu(title);
+        }
+        return;
+    }
+    int level = 0;
+    int entry = 0;
+    if (EntryAt(screen, level, entry)) {
+        Follow(screen);
+    } else {
+        Close();
+    }
+}
+
+void DropDownMenuBar::Follow(Point screen) {
+    if (openTitle_ < 0) return;
+    const int title = TitleAt(screen);
+    if (title >= 0) {
+        if (title != openTitle_) OpenTitleMenu(title);
+        return;
+    }
+    int level = 0;
+    int entry = 0;
+    if (!EntryAt(screen, level, entry)) {
+        // Off every menu: the deepest one shows nothing under the pointer.
+        open_.back().hovered = -1;
+        return;
+    }
+    OpenMenu& menu = open_[static_cast<size_t>(level)];
+    const bool sameEntry = menu.hovered == entry;
+    menu.hovered = entry;
+    if (sameEntry && open_.size() > static_cast<size_t>(level) + 1) {
+        open_[static_cast<size_t>(level) + 1].hovered = -1;
+        return;
+    }
+    open_.resize(static_cast<size_t>(level) + 1);
+    if (entry < 0) return;
+    const MenuEntry& item = (*menu.entries)[static_cast<size_t>(entry)];
+    if (item.enabled && !item.submenu.empty()) {
+        const Gorb_Rect at = EntryRect(level, entry);
+        const Gorb_Rect parent = menu.rect;
+        OpenLevel(item.submenu, parent.x + parent.w, at.y - kMenuBorder, parent.x);
+    }
+}
+
+void DropDownMenuBar::Choose(Point screen, CommandQueue& queue) {
+    int level = 0;
+    int entry = 0;
+    if (EntryAt(screen, level, entry)) {
+        if (entry < 0) return;
+        const MenuEntry& item = (*open_[static_cast<size_t>(level)].entries)[static_cast<size_t>(entry)];
+        if (!Choosable(item)) return;
+        const int command = item.command;
+        Close();
+        if (command >= 0) queue.PushEntry(kEntryMenuCommand, static_cast<uint32_t>(command), 0);
+        return;
+    }
+    // Let go on the bar: the menu stays open for a click on one of its entries.
+    if (sondrel::Contains(BarRect(), screen)) return;
+    Close();
+}
+
+void DropDownMenuBar::Close() {
+    open_.clear();
+    openTitle_ = -1;
+}
+
+bool DropDownMenuBar::KeyPress(uint16_t key) {
+    if (openTitle_ < 0 || key != kKeyEscape) return false;
+    Close();
+    return true;
+}
+
+void DropDownMenuBar::Draw(Painter& painter, const DrawStyle& style) const {
+    const Gorb_Rect bar = BarRect();
+    if (!style.DrawItem(painter, "HGT_MENU_BAR", bar)) {
+        painter.Fill(bar, style.Colour(ThemeColour::WindowBody));
+        painter.HLine(0, bar.h - 1, bar.w, style.Colour(ThemeColour::BevelDark));
+    }
+    for (int i = 0; i < static_cast<int>(titles_.size()); ++i) {
+        const Gorb_Rect rect = TitleRect(i);
+        const bool open = i == openTitle_;
+        if (open && !style.DrawItem(painter, "HGT_MENU_BAR_ENTRY_S", rect)) {
+            painter.Fill(rect, style.Colour(ThemeColour::Selection));
+        }
+        if (style.font != nullptr) {
+            painter.TextIn(*style.font, rect, titles_[static_cast<size_t>(i)].text,
+                           style.Colour(open ? ThemeColour::TextSelected : ThemeColour::Text), TextAlign::Centre);
+        }
+    }
+    for (const OpenMenu& menu : open_) DrawMenu(painter, style, menu);
+}
+
+void DropDownMenuBar::DrawMenu(Painter& painter, const DrawStyle& style, const OpenMenu& menu) const {
+    if (!style.DrawItem(painter, "BGT_MENU", menu.rect)) {
+        painter.Fill(menu.rect, style.Colour(ThemeColour::WindowBody));
+        painter.Bevel(menu.rect, style.Colour(ThemeColour::BevelLight), style.Colour(ThemeColour::BevelDark));
+    }
+    const int level = static_cast<int>(&menu - open_.data());
+    for (int e = 0; e < static_cast<int>(menu.entries->size()); ++e) {
+        DrawEntry(painter, style, (*menu.entries)[static_cast<size_t>(e)], EntryRect(level, e), e == menu.hovered);
+    }
+}
+
+void DropDownMenuBar::DrawEntry(Painter& painter, const DrawStyle& style, const MenuEntry& entry,
+                                const Gorb_Rect& rect, bool hovered) const {
+    if (entry.separator) {
+        if (!style.DrawItem(painter, "HGT_MENU_SEPARATOR", rect)) {
+            const int y = rect.y + rect.h / 2 - 1;
+            painter.HLine(rect.x + 2, y, rect.w - 4, style.Colour(ThemeColour::BevelDark));
+            painter.HLine(rect.x + 2, y + 1, rect.w - 4, style.Colour(ThemeColour::BevelLight));
+        }
+        return;
+    }
+    const bool selected = hovered && entry.enabled;
+    if (selected && !style.DrawItem(painter, "HGT_MENU_ENTRY_S", rect)) {
+        painter.Fill(rect, style.Colour(ThemeColour::Selection));
+    }
+    const ThemeColour text = !entry.enabled ? ThemeColour::TextDisabled
+                             : selected     ? ThemeColour::TextSelected
+                                            : ThemeColour::Text;
+    if (entry.checked) {
+        const Gorb_Rect mark{rect.x + (kMarkColumn - 10) / 2, rect.y + (rect.h - 10) / 2, 10, 10};
+        if (!style.DrawItem(painter, entry.enabled ? "SGT_MENU_CHECK" : "SGT_MENU_CHECK_D", mark)) {
+            painter.Fill({mark.x + 2, mark.y + 2, 6, 6}, style.Colour(text));
+        }
+    }
+    if (!entry.submenu.empty()) {
+        const Gorb_Rect arrow{rect.x + rect.w - kMarkColumn + (kMarkColumn - 6) / 2, rect.y + (rect.h - 10) / 2, 6,
+                              10};
+        if (!style.DrawItem(painter, selected ? "SGT_MENU_ARROW_S" : "SGT_MENU_ARROW", arrow)) {
+            // A small triangle pointing right.
+            for (int i = 0; i < 5; ++i) painter.VLine(arrow.x + i, arrow.y + i, 10 - 2 * i, style.Colour(text));
+        }
+    }
+    if (style.font == nullptr) return;
+    const Gorb_Rect textArea{rect.x + kMarkColumn, rect.y, rect.w - 2 * kMarkColumn, rect.h};
+    painter.TextIn(*style.font, textArea, entry.text, style.Colour(text), TextAlign::Left, TextFit::Ellipsis);
+    if (!entry.shortcut.empty()) {
+        painter.TextIn(*style.font, textArea, entry.shortcut, style.Colour(text), TextAlign::Right);
+    }
+}
+
+}  // namespace sondrel

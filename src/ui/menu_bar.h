@@ -1,0 +1,90 @@
+#pragma once
+// The menu bar across the top of the screen and the drop-down menus hanging
+// from it. A press on a title opens its menu; while the button stays down the
+// menus follow the pointer, and letting go over an enabled entry queues a
+// menu command entry with the entry's command number. Letting go on the bar
+// leaves the menu open, so it can also be worked with separate clicks.
+// Escape or a click anywhere else closes it.
+
+#include <string>
+#include <vector>
+
+#include "ui/toolkit.h"
+
+namespace sondrel {
+
+struct MenuEntry {
+    std::string text;
+    int command = -1;       // queued when chosen; entries with a submenu have none
+    std::string shortcut;   // shown at the right, e.g. "Ctrl+S"
+    bool separator = false;
+    bool enabled = true;
+    bool checked = false;
+    std::vector<MenuEntry> submenu;
+};
+
+struct MenuTitle {
+    std::string text;
+    std::vector<MenuEntry> entries;
+};
+
+MenuEntry MenuSeparator();
+
+class DropDownMenuBar : public MenuBar {
+public:
+    static constexpr int kBarHeight = 20;
+    static constexpr int kTitleTextX = 8;
+    static constexpr int kTitleSpacing = 12;
+    static constexpr int kEntryHeight = 18;
+    static constexpr int kSeparatorHeight = 6;
+    static constexpr int kMarkColumn = 18;   // check mark at the left, submenu arrow at the right
+    static constexpr int kShortcutGap = 24;
+    static constexpr int kMinMenuWidth = 80;
+
+    // font measures the texts; without one every character counts as 7 pixels.
+    DropDownMenuBar(std::vector<MenuTitle> titles, int screenWidth, const Gorb_Font* font = nullptr);
+
+    std::vector<MenuTitle>& Titles() { return titles_; }
+    // The open title's index, -1 when every menu is closed.
+    int OpenTitle() const { return openTitle_; }
+    // How many menus hang open: the title's menu and its open submenus.
+    int OpenDepth() const { return static_cast<int>(open_.size()); }
+    Gorb_Rect BarRect() const { return {0, 0, screenWidth_, kBarHeight}; }
+    Gorb_Rect TitleRect(int title) const;
+    // The screen rectangle of an open menu level, and of an entry in it.
+    Gorb_Rect MenuRect(int level) const { return open_[static_cast<size_t>(level)].rect; }
+    Gorb_Rect EntryRect(int level, int entry) const;
+
+    bool Contains(Point screen) const override;
+    void Press(Point screen) override;
+    void Follow(Point screen) override;
+    void Choose(Point screen, CommandQueue& queue) override;
+    void Close() override;
+    bool KeyPress(uint16_t key) override;
+    void Draw(Painter& painter, const DrawStyle& style) const override;
+
+private:
+    struct OpenMenu {
+        const std::vector<MenuEntry>* entries = nullptr;
+        Gorb_Rect rect{};
+        int hovered = -1;
+    };
+
+    int TextWidth(const std::string& text) const;
+    int TitleAt(Point screen) const;
+    // The deepest open level containing p and the entry under p there (-1 on none).
+    bool EntryAt(Point screen, int& level, int& entry) const;
+    void OpenTitleMenu(int title);
+    void OpenLevel(const std::vector<MenuEntry>& entries, int x, int y, int flipX);
+    void DrawMenu(Painter& painter, const DrawStyle& style, const OpenMenu& menu) const;
+    void DrawEntry(Painter& painter, const DrawStyle& style, const MenuEntry& entry, const Gorb_Rect& rect,
+                   bool hovered) const;
+
+    std::vector<MenuTitle> titles_;
+    int screenWidth_;
+    const Gorb_Font* font_;
+    int openTitle_ = -1;
+    std::vector<OpenMenu> open_;
+};
+
+}  // namespace sondrel

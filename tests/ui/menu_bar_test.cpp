@@ -1,0 +1,157 @@
+#include "ui/menu_bar.h"
+
+#include <gtest/gtest.h>
+
+#include <vector>
+
+#include "ui/queued_input.h"
+#include "ui/entry_kinds.h"
+
+namespace sondrel {
+namespace {
+
+MenuEntry Item(const char* text, int command, bool enabled = true) {
+    MenuEntry entry;
+    entry.text = text;
+    entry.command = command;
+    entry.enabled = enabled;
+    return entry;
+}
+
+// File: New, Save (disabled), separator, Recent > (One, Two), Loop (checked). Edit: Undo.
+std::vector<MenuTitle> SampleMenus() {
+    MenuEntry recent = Item("Recent", -1);
+    recent.submenu = {Item("One", 10), Item("Two", 11)};
+    MenuEntry loop = Item("Loop", 7);
+    loop.checked = true;
+    MenuEntry fresh = Item("New", 3);
+    fresh.shortcut = "Ctrl+N";
+    return {{"File", {fresh, Item("Save", 5, false), MenuSeparator(), recent, loop}}, {"Edit", {Item("Undo", 20)}}};
+}
+
+Point Centre(const Gorb_Rect& r) { return {r.x + r.w / 2, r.y + r.h / 2}; }
+
+class MenuBarTest : public ::testing::Test {
+protected:
+    void SetUp() override {
+        screen = Gorb_CreateSurface(kScreenWidth, kScreenHeight);
+        toolkit.Init(*screen);
+        toolkit.SetMenuBar(&menu);
+    }
+    void Send(int type, Point p = {}, uint16_t key = 0) {
+        Gorb_Event event;
+        event.type = type;
+        event.x = p.x;
+        event.y = p.y;
+        event.key = key;
+        input.events.push_back(event);
+        toolkit.Update();
+    }
+    // The menu commands queued since the last call.
+    std::vector<uint32_t> Commands() {
+        std::vector<uint32_t> out;
+        while (const QueueEntry* entry = toolkit.PopEntry()) {
+            if (entry->kind == kEntryMenuCommand) out.push_back(entry->a);
+        }
+        return out;
+    }
+    Point Title(int title) const { return Centre(menu.TitleRect(title)); }
+    Point Entry(int level, int entry) const { return Centre(menu.EntryRect(level, entry)); }
+
+    QueuedInput input;
+    Toolkit toolkit{input, [] { return 0.0; }};
+    std::unique_ptr<Gorb_Surface> screen;
+    DropDownMenuBar menu{SampleMenus(), kScreenWidth};
+};
+
+TEST_F(MenuBarTest, PressMoveReleaseChoosesTheEntryUnderThePointer) {
+    struct Case {
+        int title;
+        std::vector<std::pair<int, int>> path;  // (level, entry) moved over in turn; the last is released on
+        uint32_t command;
+    };
+    const Case cases[] = {{0, {{0, 0}}, 3}, {0, {{0, 4}}, 7}, {1, {{0, 0}}, 20}, {0, {{0, 3}, {1, 1}}, 11}};
+    for (const Case& c : cases) {
+        Send(kGorbButton1Down, Title(c.title));
+        EXPECT_EQ(toolkit.Mode(), MouseMode::InMenu);
+        for (const auto& [level, entry] : c.path) Send(kGorbMouseMove, Entry(level, entry));
+        const auto [level, entry] = c.path.back();
+        Send(kGorbButton1Up, Entry(level, entry));
+        EXPECT_EQ(Commands(), std::vector<uint32_t>{c.command});
+        EXPECT_EQ(menu.OpenTitle(), -1);
+        EXPECT_EQ(toolkit.Mode(), MouseMode::Idle);
+    }
+}
+
+TEST_F(MenuBarTest, ReleasingOnADisabledEntrySeparatorOrSubmenuParentChoosesNothing) {
+    for (int entry : {1, 2, 3}) {
+        Send(kGorbButton1Down, Title(0));
+        Send(kGorbMouseMove, Entry(0, entry));
+        Send(kGorbButton1Up, Entry(0, entry));
+        EXPECT_TRUE(Commands().empty()) << entry;
+        EXPECT_EQ(menu.OpenTitle(), 0) << entry;
+        menu.Close();
+    }
+}
+
+TEST_F(MenuBarTest, HoveringASubmenuEntryOpensItAndLeavingForAnotherEntryClosesIt) {
+    Send(kGorbButton1Down, Title(0));
+    Send(kGorbMouseMove, Entry(0, 3));
+    ASSERT_EQ(menu.OpenDepth(), 2);
+    EXPECT_EQ(menu.MenuRect(1).x, menu.MenuRect(0).x + menu.MenuRect(0).w);
+    Send(kGorbMouseMove, Entry(1, 0));
+    EXPECT_EQ(menu.OpenDepth(), 2);
+    Send(kGorbMouseMove, Entry(0, 0));
+    EXPECT_EQ(menu.OpenDepth(), 1);
+    // Sliding along the bar swaps the open menu for the other title's.
+    Send(kGorbMouseMove, Title(1));
+    EXPECT_EQ(menu.OpenTitle(), 1);
+}
+
+TEST_F(MenuBarTest, AClickedOpenMenuClosesOnEscapeOrAClickElsewhere) {
+    Window* window = toolkit.OpenWindow(1, {0, 0, 300, 300}, 0, "under");
+    ASSERT_NE(window, nullptr);
+    const auto openByClick = [&] {
+        Send(kGorbButton1Down, Title(0));
+        Send(kGorbButton1Up, Title(0));
+        ASSERT_EQ(menu.OpenTitle(), 0);
+    };
+    openByClick();
+    // The open menu covers the window and wins the hover target.
+    Send(kGorbMouseMove, Entry(0, 4));
+    EXPECT_EQ(toolkit.Hover().kind, HoverKind::Menu);
+    Send(kGorbKeyDown, {}, 1);
+    EXPECT_EQ(menu.OpenTitle(), -1);
+
+    openByClick();
+    Send(kGorbButton1Down, {400, 400});
+    Send(kGorbButton1Up, {400, 400});
+    EXPECT_EQ(menu.OpenTitle(), -1);
+    EXPECT_TRUE(Commands().empty());
+
+    // A second click on an entry of a clicked-open menu chooses it.
+    openByClick();
+    Send(kGorbButton1Down, Entry(0, 0));
+    Send(kGorbButton1Up, Entry(0, 0));
+    EXPECT_EQ(Commands(), std::vector<uint32_t>{3});
+}
+
+TEST_F(MenuBarTest, OpeningAndHoveringRedrawTheMenus) {
+    const auto frame = [&] {
+        toolkit.Draw();
+        const Gorb_Pixels pixels = screen->Lock();
+        std::vector<uint16_t> out;
+        for (int y = 0; y < 200; ++y) out.insert(out.end(), pixels.Row(y), pixels.Row(y) + 200);
+        screen->Unlock();
+        return out;
+    };
+    const auto closed = frame();
+    Send(kGorbButton1Down, Title(0));
+    const auto open = frame();
+    EXPECT_NE(open, closed);
+    Send(kGorbMouseMove, Entry(0, 0));
+    EXPECT_NE(frame(), open);
+}
+
+}  // namespace
+}  // namespace sondrel

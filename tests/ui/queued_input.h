@@ -1,0 +1,30 @@
+#pragma once
+// Synthetic toolkit input for tests: queued events, modifiers and a pointer
+// that stays at the top left corner.
+
+#include <cstdint>
+#include <deque>
+
+#include "ui/toolkit.h"
+
+namespace sondrel {
+
+class QueuedInput : public InputSource {
+public:
+    bool NextEvent(Gorb_Event& event) override {
+        if (events.empty()) return false;
+        event = events.front();
+        events.pop_front();
+        return true;
+    }
+    uint32_t Modifiers() override { return modifiers; }
+    uint32_t MouseState(int& x, int& y) override {
+        x = 0;
+        y = 0;
+        return 0;
+    }
+    std::deque<Gorb_Event> events;
+    uint32_t modifiers = 0;
+};
+
+}  // namespace sondrel
