@@ -83,14 +83,12 @@ void ToggleWidget::DrawBox(Painter& painter, const DrawStyle& style) const {
 void ToggleWidget::DrawButton(Painter& painter, const DrawStyle& style) const {
     const Gorb_Rect local{0, 0, Rect().w, Rect().h};
     if (!DrawLook(painter, style, local)) {
-        painter.Fill(local, style.Colour(on_ ? ThemeColour::Selection : ThemeColour::WindowBody));
+        painter.Fill(local, style.Colour(ThemeColour::WindowBody));
         painter.Bevel(local, style.Colour(ThemeColour::BevelLight), style.Colour(ThemeColour::BevelDark),
                       on_ ? BevelStyle::Sunken : BevelStyle::Raised);
     }
     if (style.font != nullptr) {
-        const ThemeColour colour = !Enabled() ? ThemeColour::TextDisabled
-                                   : on_      ? ThemeColour::TextSelected
-                                              : ThemeColour::Text;
+        const ThemeColour colour = Enabled() ? ThemeColour::Text : ThemeColour::TextDisabled;
         const int shift = on_ ? 1 : 0;
         painter.TextIn(*style.font, {2 + shift, shift, local.w - 4, local.h}, text_, style.Colour(colour),
                        TextAlign::Centre, TextFit::Ellipsis);

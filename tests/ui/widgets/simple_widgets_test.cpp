@@ -13,6 +13,7 @@
 #include "ui/widgets/check_button.h"
 #include "ui/widgets/frame.h"
 #include "ui/widgets/gauge.h"
+#include "ui/widgets/image.h"
 #include "ui/widgets/progress_bar.h"
 #include "ui/widgets/select_box.h"
 #include "ui/widgets/select_button.h"
@@ -131,6 +132,28 @@ TEST_F(SimpleWidgetsTest, DecorationsTakeNoFocusAndLetTheWindowBeDragged) {
     }
 }
 
+TEST_F(SimpleWidgetsTest, ImagesShowTheirSurfaceUnderTheSelectionAndMarkerAndReportClicks) {
+    auto& image = window->Emplace<Image>(9, Gorb_Rect{40, 50, 64, 32});
+    image.Surface().Fill(image.Surface().FindPixel(0xFF2040C0));
+    image.SetSelection({10, 4, 20, 10}, 96);
+    image.SetMarker({0, 0, 64, 32}, MarkerStyle::Solid);
+    toolkit.Draw();
+    const Gorb_Pixels locked = screen->Lock();
+    const uint16_t plain = locked.Row(50 + 20)[40 + 5], selected = locked.Row(50 + 6)[40 + 15];
+    const uint16_t marker = locked.Row(50 + 31)[40 + 63];
+    screen->Unlock();
+    const DrawStyle& style = toolkit.Style();
+    EXPECT_EQ(plain, Rgb565(0xFF2040C0));
+    EXPECT_EQ(selected, BlendRgb565(Rgb565(style.Colour(ThemeColour::Selection)), Rgb565(0xFF2040C0), 96));
+    EXPECT_EQ(marker, Rgb565(style.Colour(ThemeColour::FocusRing)));
+
+    Send(kGorbButton1Down, 40 + 63, 50 + 2);
+    Send(kGorbButton1Up, 40 + 63, 50 + 2);
+    EXPECT_EQ(Run(), (Entries{{kEntryImage, 9, 63u | (2u << 16)}}));
+    image.SetEnabled(false);
+    EXPECT_TRUE(Click(image).empty());
+}
+
 TEST(GaugeTest, ClampsItsValueAndCaptionsThePercentage) {
     struct Case {
         int32_t maximum;
@@ -181,6 +204,13 @@ TEST_F(SimpleWidgetsTest, EachKindDrawsItsStateChange) {
         {"progress", [&](Window& w) -> Widget& { return w.Emplace<ProgressBar>(1, r); }, fill},
         {"frame", [&](Window& w) -> Widget& { return w.Emplace<Frame>(1, r); },
          [](Widget& w) { static_cast<Frame&>(w).SetLabel("Label"); }, true},
+        {"image",
+         [&](Window& w) -> Widget& {
+             auto& image = w.Emplace<Image>(1, r);
+             image.Surface().Fill(image.Surface().FindPixel(0xFFFFFFFF));
+             return image;
+         },
+         [](Widget& w) { static_cast<Image&>(w).SetSelection({4, 4, 30, 20}, 128); }},
         {"spacer", [&](Window& w) -> Widget& { return w.Emplace<SpaceBar>(WidgetKind::HSpaceBar, 1, r); },
          [](Widget& w) { w.SetHidden(true); }},
     };

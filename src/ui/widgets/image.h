@@ -1,0 +1,43 @@
+#pragma once
+// An image or owner-drawn surface: the application paints the widget's own
+// RGB565 surface, which is shown 1:1 with an optional selection laid over it
+// (the selection colour at a chosen opacity) and an optional marker frame.
+// A click queues an image entry with the point clicked, in surface
+// coordinates.
+
+#include <cstdint>
+#include <memory>
+#include <optional>
+
+#include "platform/gorb.h"
+#include "ui/painter.h"
+#include "ui/widget.h"
+
+namespace sondrel {
+
+class Image : public Widget {
+public:
+    // A surface of the rectangle's size, cleared to black.
+    Image(uint16_t id, const Gorb_Rect& rect);
+
+    Gorb_Surface& Surface() { return *surface_; }
+    const Gorb_Surface& Surface() const { return *surface_; }
+
+    // area in surface coordinates; alpha 0 (invisible) to 255 (opaque).
+    void SetSelection(const Gorb_Rect& area, uint8_t alpha);
+    void ClearSelection() { selection_.reset(); }
+    void SetMarker(const Gorb_Rect& area, MarkerStyle style = MarkerStyle::Dotted);
+    void ClearMarker() { marker_.reset(); }
+
+    void Press(WidgetContext& context, Point p, int part) override;
+    void Draw(Painter& painter, const DrawStyle& style) const override;
+
+private:
+    std::unique_ptr<Gorb_Surface> surface_;
+    std::optional<Gorb_Rect> selection_;
+    uint8_t selectionAlpha_ = 0;
+    std::optional<Gorb_Rect> marker_;
+    MarkerStyle markerStyle_ = MarkerStyle::Dotted;
+};
+
+}  // namespace sondrel
