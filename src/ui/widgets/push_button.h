@@ -25,6 +25,11 @@ public:
     bool KeyPress(WidgetContext& context, const Gorb_Event& event) override;
     void Draw(Painter& painter, const DrawStyle& style) const override;
 
+protected:
+    // For kinds that press like a button but look otherwise.
+    PushButton(WidgetKind kind, uint16_t id, const Gorb_Rect& rect, std::string text)
+        : Widget(kind, id, rect), text_(std::move(text)) {}
+
 private:
     std::string text_;
     bool down_ = false;

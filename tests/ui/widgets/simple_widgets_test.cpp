@@ -18,6 +18,7 @@
 #include "ui/widgets/select_box.h"
 #include "ui/widgets/select_button.h"
 #include "ui/widgets/space_bar.h"
+#include "ui/widgets/speed_button.h"
 
 namespace sondrel {
 namespace {
@@ -178,8 +179,8 @@ TEST(GaugeTest, ClampsItsValueAndCaptionsThePercentage) {
     EXPECT_EQ(bar.Value(), 40);
 }
 
-// Every kind draws a visible change of state, with the shipped skin and (where no
-// text is involved) without one.
+// Every kind draws a visible change of state, with the shipped skin and (where the
+// plain look has one) without it.
 TEST_F(SimpleWidgetsTest, EachKindDrawsItsStateChange) {
     SkinLibrary skin(test::BinaryDir() / "skins");
     skin.LoadSkin("default.skin");
@@ -187,7 +188,7 @@ TEST_F(SimpleWidgetsTest, EachKindDrawsItsStateChange) {
         const char* name;
         std::function<Widget&(Window&)> make;
         std::function<void(Widget&)> change;
-        bool textOnly = false;  // seen only in the text, which needs the skin's font
+        bool skinOnly = false;  // the plain look shows no difference (text needs the skin's font)
     };
     const auto flip = [](Widget& w) { static_cast<ToggleWidget&>(w).SetOn(true); };
     const auto fill = [](Widget& w) { static_cast<Gauge&>(w).SetValue(60); };
@@ -198,6 +199,8 @@ TEST_F(SimpleWidgetsTest, EachKindDrawsItsStateChange) {
         {"check button", [&](Window& w) -> Widget& { return w.Emplace<CheckButton>(1, r, "x"); }, flip},
         {"select button", [&](Window& w) -> Widget& { return w.Emplace<SelectButton>(1, r, "x", 0, 0); }, flip},
         {"disabled", [&](Window& w) -> Widget& { return w.Emplace<CheckButton>(1, r, "x"); },
+         [](Widget& w) { w.SetEnabled(false); }, true},
+        {"speed button", [&](Window& w) -> Widget& { return w.Emplace<SpeedButton>(1, r, "play"); },
          [](Widget& w) { w.SetEnabled(false); }, true},
         {"hgauge", [&](Window& w) -> Widget& { return w.Emplace<Gauge>(WidgetKind::HGauge, 1, r); }, fill},
         {"vgauge", [&](Window& w) -> Widget& { return w.Emplace<Gauge>(WidgetKind::VGauge, 1, r); }, fill},
@@ -224,7 +227,7 @@ TEST_F(SimpleWidgetsTest, EachKindDrawsItsStateChange) {
     };
     for (const SkinLibrary* library : std::vector<const SkinLibrary*>{nullptr, &skin}) {
         for (const Case& c : cases) {
-            if (c.textOnly && library == nullptr) continue;
+            if (c.skinOnly && library == nullptr) continue;
             SCOPED_TRACE(std::string(c.name) + (library != nullptr ? " skinned" : " plain"));
             toolkit.Init(*screen, library);
             Window* w = toolkit.OpenWindow(1, {0, 0, 300, 200}, 0, "draw");
