@@ -133,7 +133,7 @@ private:
     // The topmost active window under the pointer.
     Window* ActiveWindowAtPointer() const;
     // A context for widget handlers; the caller takes back the mouse mode it leaves.
-    WidgetContext Context() { return {queue_, mode_, modifiers_}; }
+    WidgetContext Context() { return {queue_, mode_, modifiers_, clock_()}; }
     void DrawWindow(Painter& painter, const Window& window) const;
 
     InputSource& input_;

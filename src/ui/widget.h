@@ -88,6 +88,7 @@ struct WidgetContext {
     CommandQueue& queue;
     MouseMode mouseMode = MouseMode::Idle;
     uint32_t modifiers = 0;
+    double now = 0;  // the toolkit's clock, in seconds
 };
 
 // What widgets draw with: the skin when there is one, and the theme colours.

@@ -1,0 +1,240 @@
+#include <gtest/gtest.h>
+
+#include <set>
+#include <string>
+#include <vector>
+
+#include "model/exception.h"
+#include "test_support.h"
+#include "ui/entry_kinds.h"
+#include "ui/queued_input.h"
+#include "ui/skin/skin_library.h"
+#include "ui/toolkit.h"
+#include "ui/widgets/list_box.h"
+
+namespace sondrel {
+namespace {
+
+// A 20-line list at (10,10), 200x100 with 12-pixel lines and no header: eight
+// lines show, line i (from the top one) at y = 18 + 12 * i.
+class ListBoxTest : public ::testing::Test {
+protected:
+    void SetUp() override {
+        screen = Gorb_CreateSurface(kScreenWidth, kScreenHeight);
+        Build(nullptr);
+    }
+    void Build(const SkinLibrary* skin) {
+        toolkit.Init(*screen, skin);
+        window = toolkit.OpenWindow(1, {0, 0, 320, 200}, 0, "list");
+        list = &window->Emplace<ListBox>(21, Gorb_Rect{10, 10, 200, 100});
+        list->SetColumns({{40, "%3d", ""}, {150, "%-10s", ""}});
+        std::vector<ListLine> lines;
+        for (int i = 0; i < 20; ++i) lines.push_back({ListCell{i}, ListCell{"line " + std::to_string(i)}});
+        list->SetLines(std::move(lines));
+        list->SetExtended(true);
+    }
+    void Send(int type, Point p = {}, uint16_t key = 0, uint32_t modifiers = 0) {
+        Gorb_Event event;
+        event.type = type;
+        event.x = p.x;
+        event.y = p.y;
+        event.key = key;
+        input.modifiers = modifiers;
+        input.events.push_back(event);
+        toolkit.Update();
+    }
+    void Click(int line, uint32_t modifiers = 0) {
+        const Point at{50, 18 + 12 * (line - list->Top())};
+        Send(kGorbMouseMove, at);
+        Send(kGorbButton1Down, at, 0, modifiers);
+        Send(kGorbButton1Up, at, 0, modifiers);
+    }
+    void Key(uint16_t key, uint32_t modifiers = 0) {
+        Send(kGorbKeyDown, {}, key, modifiers);
+        Send(kGorbKeyUp, {}, key, modifiers);
+    }
+    std::vector<QueueEntry> Drain() {
+        std::vector<QueueEntry> out;
+        while (const QueueEntry* entry = toolkit.PopEntry()) {
+            if (entry->kind != kEntryKeyDown && entry->kind != kEntryKeyUp) out.push_back(*entry);
+        }
+        return out;
+    }
+    std::set<int> Selection() const {
+        std::set<int> out;
+        for (int i = 0; i < list->LineCount(); ++i)
+            if (list->Selected(i)) out.insert(i);
+        return out;
+    }
+    std::vector<uint16_t> Pixels() {
+        toolkit.Draw();
+        std::vector<uint16_t> out;
+        const Gorb_Pixels pixels = screen->Lock();
+        for (int y = 10; y < 110; ++y) out.insert(out.end(), pixels.Row(y) + 10, pixels.Row(y) + 210);
+        screen->Unlock();
+        return out;
+    }
+
+    QueuedInput input;
+    double now = 0;
+    Toolkit toolkit{input, [this] { return now; }};
+    std::unique_ptr<Gorb_Surface> screen;
+    Window* window = nullptr;
+    ListBox* list = nullptr;
+};
+
+TEST_F(ListBoxTest, ClicksSelectExtendAndToggleLines) {
+    struct Step {
+        int line;
+        uint32_t modifiers;
+        std::set<int> selection;
+    };
+    struct Case {
+        bool extended;
+        std::vector<Step> steps;
+    };
+    const Case cases[] = {
+        {true, {{2, 0, {2}}, {5, kGorbLeftShift, {2, 3, 4, 5}}, {0, kGorbRightShift, {0, 1, 2}}}},
+        // Ctrl moves the anchor Shift extends from.
+        {true, {{2, 0, {2}}, {4, kGorbLeftCtrl, {2, 4}}, {2, kGorbLeftCtrl, {4}}, {6, kGorbShift, {2, 3, 4, 5, 6}}}},
+        {true, {{3, 0, {3}}, {1, 0, {1}}}},
+        // A single-selection list ignores the modifiers.
+        {false, {{2, 0, {2}}, {5, kGorbLeftShift, {5}}, {7, kGorbLeftCtrl, {7}}}},
+    };
+    for (const Case& c : cases) {
+        list->SetExtended(c.extended);
+        list->Select(-1);
+        for (const Step& step : c.steps) {
+            SCOPED_TRACE(testing::Message() << "extended " << c.extended << " line " << step.line);
+            now += 1;  // never a double click
+            Click(step.line, step.modifiers);
+            EXPECT_EQ(Selection(), step.selection);
+            EXPECT_EQ(list->Current(), step.line);
+            EXPECT_EQ(Drain(), (std::vector<QueueEntry>{{kEntryListLine, 21, static_cast<uint32_t>(step.line)}}));
+        }
+    }
+    // Below the last line nothing changes.
+    list->SetLines({{ListCell{1}}});
+    Click(3);
+    EXPECT_EQ(list->Current(), -1);
+    EXPECT_TRUE(Drain().empty());
+}
+
+TEST_F(ListBoxTest, TwoPressesOnOneLineWithinTheTimeMakeADoubleClick) {
+    struct Case {
+        int second;       // line of the second press
+        double after;     // seconds after the first
+        bool doubled;
+    };
+    const Case cases[] = {{3, 0.1, true}, {3, 0.4, true}, {3, 0.5, false}, {4, 0.1, false}};
+    for (const Case& c : cases) {
+        SCOPED_TRACE(testing::Message() << c.second << " after " << c.after);
+        now += 10;
+        Click(3);
+        now += c.after;
+        Click(c.second);
+        const uint32_t b = static_cast<uint32_t>(c.second) | (c.doubled ? kListDoubleClick : 0);
+        EXPECT_EQ(Drain(), (std::vector<QueueEntry>{{kEntryListLine, 21, 3}, {kEntryListLine, 21, b}}));
+    }
+    // A third quick press starts a new pair.
+    now += 10;
+    for (int i = 0; i < 3; ++i) Click(3);
+    EXPECT_EQ(Drain(), (std::vector<QueueEntry>{{kEntryListLine, 21, 3}, {kEntryListLine, 21, 3 | kListDoubleClick},
+                                                {kEntryListLine, 21, 3}}));
+}
+
+TEST_F(ListBoxTest, NavigationKeysMoveTheCurrentLineAndKeepItVisible) {
+    struct Case {
+        int from;
+        uint16_t key;
+        uint32_t modifiers;
+        int to;
+        int top;
+        std::set<int> selection;
+    };
+    const Case cases[] = {
+        {5, kKeyDown, 0, 6, 0, {6}},      {5, kKeyUp, 0, 4, 0, {4}},
+        {0, kKeyUp, 0, 0, 0, {0}},        {7, kKeyDown, 0, 8, 1, {8}},
+        {0, kKeyPageDown, 0, 8, 1, {8}},  {19, kKeyPageUp, 0, 11, 11, {11}},
+        {3, kKeyEnd, 0, 19, 12, {19}},    {19, kKeyHome, 0, 0, 0, {0}},
+        {17, kKeyPageDown, 0, 19, 12, {19}},
+        {2, kKeyDown, kGorbLeftShift, 3, 0, {2, 3}},
+        {4, kKeyHome, kGorbShift, 0, 0, {0, 1, 2, 3, 4}},
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(testing::Message() << "from " << c.from << " key " << c.key);
+        list->SetTop(0);
+        list->Select(c.from);
+        toolkit.Focus(window, list);
+        Key(c.key, c.modifiers);
+        EXPECT_EQ(list->Current(), c.to);
+        EXPECT_EQ(list->Top(), c.top);
+        EXPECT_EQ(Selection(), c.selection);
+        EXPECT_EQ(Drain(), (std::vector<QueueEntry>{{kEntryListLine, 21, static_cast<uint32_t>(c.to)}}));
+    }
+}
+
+TEST_F(ListBoxTest, WheelScrollsWithinTheLines) {
+    const Point over{50, 50};
+    Send(kGorbMouseMove, over);
+    const struct {
+        int type;
+        int top;
+        uint32_t entry;
+    } steps[] = {{kGorbWheelDown, 3, kEntryWheelWidgetDown}, {kGorbWheelDown, 6, kEntryWheelWidgetDown},
+                 {kGorbWheelDown, 9, kEntryWheelWidgetDown}, {kGorbWheelDown, 12, kEntryWheelWidgetDown},
+                 {kGorbWheelDown, 12, kEntryWheelWidgetDown}, {kGorbWheelUp, 9, kEntryWheelWidgetUp}};
+    for (const auto& step : steps) {
+        Send(step.type, over);
+        EXPECT_EQ(list->Top(), step.top);
+        EXPECT_EQ(Drain(), (std::vector<QueueEntry>{{step.entry, 21, 0}}));
+    }
+    // Lines are counted from the scrolled top.
+    Click(10);
+    EXPECT_EQ(Selection(), (std::set<int>{10}));
+}
+
+TEST_F(ListBoxTest, DisabledListIgnoresClicksKeysAndTheWheel) {
+    list->Select(2);
+    list->SetEnabled(false);
+    Click(5);
+    Key(kKeyDown);
+    Send(kGorbMouseMove, {50, 50});
+    Send(kGorbWheelDown, {50, 50});
+    EXPECT_EQ(Selection(), (std::set<int>{2}));
+    EXPECT_EQ(list->Top(), 0);
+    for (const QueueEntry& entry : Drain()) EXPECT_NE(entry.kind, kEntryListLine);
+}
+
+TEST_F(ListBoxTest, SelectionAndScrollingChangeThePixels) {
+    SkinLibrary skin(test::BinaryDir() / "skins");
+    skin.LoadSkin("default.skin");
+    for (const SkinLibrary* library : std::vector<const SkinLibrary*>{nullptr, &skin}) {
+        SCOPED_TRACE(library != nullptr ? "skinned" : "plain");
+        Build(library);
+        const std::vector<uint16_t> before = Pixels();
+        list->Select(1);
+        const std::vector<uint16_t> selected = Pixels();
+        EXPECT_NE(before, selected);
+        list->SetTop(1);
+        EXPECT_NE(selected, Pixels());
+    }
+}
+
+TEST(ListCellFormat, WritesCellsThroughTheColumnFormatAndRejectsBadOnes) {
+    EXPECT_EQ(FormatListCell("%3d", ListCell{7}), "  7");
+    EXPECT_EQ(FormatListCell("%02X h", ListCell{10}), "0A h");
+    EXPECT_EQ(FormatListCell("[%-4s] 100%%", ListCell{"ab"}), "[ab  ] 100%");
+    EXPECT_EQ(FormatListCell("", ListCell{-5}), "-5");
+    EXPECT_EQ(FormatListCell("", ListCell{"x"}), "x");
+    for (const char* bad : {"%s", "%d %d", "none", "%ld", "%*d", "%n"}) {
+        SCOPED_TRACE(bad);
+        EXPECT_THROW(FormatListCell(bad, ListCell{1}), ParseException);
+    }
+    EXPECT_THROW(FormatListCell("%d", ListCell{"text"}), ParseException);
+    ListBox list(1, {0, 0, 10, 10});
+    EXPECT_THROW(list.SetColumns({{10, "%q", ""}}), ParseException);
+}
+
+}  // namespace
+}  // namespace sondrel
