@@ -6,6 +6,7 @@
 #include "ui/entry_kinds.h"
 #include "ui/queued_input.h"
 #include "ui/skin/skin_library.h"
+#include "ui/surface_pixels.h"
 #include "ui/toolkit.h"
 #include "ui/widgets/scroll_bar.h"
 #include "ui/widgets/slider.h"
@@ -62,12 +63,7 @@ protected:
     }
     std::vector<uint16_t> Pixels(const Gorb_Rect& rect) {
         toolkit.Draw();
-        std::vector<uint16_t> out;
-        const Gorb_Pixels pixels = screen->Lock();
-        for (int y = rect.y; y < rect.y + rect.h; ++y)
-            out.insert(out.end(), pixels.Row(y) + rect.x, pixels.Row(y) + rect.x + rect.w);
-        screen->Unlock();
-        return out;
+        return SurfacePixels(*screen, rect);
     }
 
     QueuedInput input;

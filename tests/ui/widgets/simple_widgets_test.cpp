@@ -8,6 +8,7 @@
 #include "ui/painter.h"
 #include "ui/queued_input.h"
 #include "ui/skin/skin_library.h"
+#include "ui/surface_pixels.h"
 #include "ui/toolkit.h"
 #include "ui/widgets/check_box.h"
 #include "ui/widgets/check_button.h"
@@ -219,11 +220,7 @@ TEST_F(SimpleWidgetsTest, EachKindDrawsItsStateChange) {
     };
     const auto pixels = [&] {
         toolkit.Draw();
-        std::vector<uint16_t> out;
-        const Gorb_Pixels locked = screen->Lock();
-        for (int y = r.y; y < r.y + r.h; ++y) out.insert(out.end(), locked.Row(y) + r.x, locked.Row(y) + r.x + r.w);
-        screen->Unlock();
-        return out;
+        return SurfacePixels(*screen, r);
     };
     for (const SkinLibrary* library : std::vector<const SkinLibrary*>{nullptr, &skin}) {
         for (const Case& c : cases) {

@@ -1,0 +1,237 @@
+#include "ui/widgets/text_line.h"
+
+#include <gtest/gtest.h>
+
+#include <cctype>
+#include <string>
+#include <vector>
+
+#include "test_support.h"
+#include "ui/entry_kinds.h"
+#include "ui/queued_input.h"
+#include "ui/skin/skin_library.h"
+#include "ui/surface_pixels.h"
+#include "ui/toolkit.h"
+
+namespace sondrel {
+namespace {
+
+class FakeClipboard : public Clipboard {
+public:
+    std::string Text() const override { return text; }
+    void SetText(const std::string& value) override { text = value; }
+    std::string text;
+};
+
+// A keystroke: its key code, the character it types and the modifiers held.
+struct Stroke {
+    uint16_t key;
+    uint16_t character = 0;
+    uint32_t modifiers = 0;
+};
+
+Stroke Type(char c) { return {0x10, static_cast<uint16_t>(c)}; }
+Stroke Ctrl(uint16_t key) { return {key, 0, kGorbLeftCtrl}; }
+Stroke Shift(uint16_t key) { return {key, 0, kGorbLeftShift}; }
+
+class TextLineTest : public ::testing::Test {
+protected:
+    void SetUp() override {
+        screen = Gorb_CreateSurface(kScreenWidth, kScreenHeight);
+        toolkit.Init(*screen);
+        window = toolkit.OpenWindow(1, {0, 0, 400, 300}, 0, "entry");
+        line = &window->Emplace<TextLine>(7, Gorb_Rect{20, 40, 200, 20}, 10);
+        other = &window->Emplace<TextLine>(8, Gorb_Rect{20, 80, 200, 20});
+        line->SetClipboard(&clipboard);
+        toolkit.Focus(window, line);
+    }
+    void Mouse(int type, int x, int y, uint32_t modifiers = 0) {
+        Gorb_Event event;
+        event.type = type;
+        event.x = x;
+        event.y = y;
+        input.events.push_back(event);
+        input.modifiers = modifiers;
+        toolkit.Update();
+    }
+    // Presses each stroke and returns whether the entry took every one.
+    bool Keys(const std::vector<Stroke>& strokes) {
+        bool allTaken = true;
+        for (const Stroke& s : strokes) {
+            Gorb_Event event;
+            event.type = kGorbKeyDown;
+            event.key = s.key;
+            event.character = s.character;
+            input.modifiers = s.modifiers;
+            input.events.push_back(event);
+            toolkit.Update();
+            while (const QueueEntry* entry = toolkit.PopEntry())
+                if (entry->kind == kEntryKeyDown) allTaken = allTaken && KeyTaken(entry->b);
+        }
+        input.modifiers = 0;
+        return allTaken;
+    }
+    bool Typed(const std::string& text) {
+        std::vector<Stroke> strokes;
+        for (char c : text) strokes.push_back(Type(c));
+        return Keys(strokes);
+    }
+    std::vector<QueueEntry> ValueEntries() {
+        std::vector<QueueEntry> out;
+        while (const QueueEntry* entry = toolkit.PopEntry())
+            if (entry->kind == kEntryValue) out.push_back(*entry);
+        return out;
+    }
+
+    QueuedInput input;
+    double now = 0;
+    Toolkit toolkit{input, [this] { return now; }};
+    std::unique_ptr<Gorb_Surface> screen;
+    Window* window = nullptr;
+    TextLine* line = nullptr;
+    TextLine* other = nullptr;
+    FakeClipboard clipboard;
+};
+
+TEST_F(TextLineTest, EditingKeysChangeTextCursorAndSelection) {
+    using T = TextLine;
+    struct Case {
+        const char* name;
+        std::vector<Stroke> strokes;
+        std::string text;
+        std::size_t cursor, selStart, selEnd;
+        std::string clipboard = "";
+    };
+    const Case cases[] = {
+        {"insert in the middle", {{T::kKeyLeft}, {T::kKeyLeft}, Type('X')}, "abcXde", 4, 4, 4},
+        {"backspace and delete", {{T::kKeyHome}, {T::kKeyDelete}, {T::kKeyEnd}, {T::kKeyBackspace}}, "bcd", 3, 3, 3},
+        {"backspace at the start", {{T::kKeyHome}, {T::kKeyBackspace}, {T::kKeyLeft}}, "abcde", 0, 0, 0},
+        {"shift selects, typing replaces", {Shift(T::kKeyLeft), Shift(T::kKeyLeft), Type('Z')}, "abcZ", 4, 4, 4},
+        {"shift+home selects to the start", {{T::kKeyLeft}, Shift(T::kKeyHome)}, "abcde", 0, 0, 4},
+        {"copy leaves the text", {Shift(T::kKeyHome), Ctrl(T::kKeyC)}, "abcde", 0, 0, 5, "abcde"},
+        {"cut removes the selection", {{T::kKeyHome}, Shift(T::kKeyRight), Ctrl(T::kKeyX)}, "bcde", 0, 0, 0, "a"},
+        {"paste stops at the maximum length", {Ctrl(T::kKeyV)}, "abcdeclipb", 10, 10, 10, "clipboard!"},
+        {"typing stops at the maximum length", {Type('1'), Type('2'), Type('3'), Type('4'), Type('5'), Type('6')},
+         "abcde12345", 10, 10, 10},
+        {"select all then delete", {Ctrl(T::kKeyA), {T::kKeyDelete}}, "", 0, 0, 0},
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.name);
+        line->SetText("abcde");
+        clipboard.text = "clipboard!";
+        EXPECT_TRUE(Keys(c.strokes));
+        EXPECT_EQ(line->Text(), c.text);
+        EXPECT_EQ(line->Cursor(), c.cursor);
+        EXPECT_EQ(line->SelectionStart(), c.selStart);
+        EXPECT_EQ(line->SelectionEnd(), c.selEnd);
+        if (!c.clipboard.empty()) {
+            EXPECT_EQ(clipboard.text, c.clipboard);
+        }
+    }
+}
+
+TEST_F(TextLineTest, FilterMapsOrDropsCharactersAndEscapeAndEnterPassThrough) {
+    line->SetText("");
+    line->SetFilter([](char c) { return std::isalpha(static_cast<unsigned char>(c)) ? static_cast<char>(std::toupper(c)) : 0; });
+    EXPECT_TRUE(Typed("a1b-c"));
+    clipboard.text = "d 2e";
+    EXPECT_TRUE(Keys({Ctrl(TextLine::kKeyV)}));
+    EXPECT_EQ(line->Text(), "ABCDE");
+    EXPECT_FALSE(Keys({{TextLine::kKeyEscape}}));
+    EXPECT_FALSE(Keys({{TextLine::kKeyEnter}}));
+}
+
+TEST_F(TextLineTest, LosingTheFocusCommitsAValueEntry) {
+    Typed("hi");
+    ValueEntries();
+    Mouse(kGorbButton1Down, 30, 90);
+    Mouse(kGorbButton1Up, 30, 90);
+    EXPECT_EQ(window->Focus(), other);
+    EXPECT_EQ(ValueEntries(), (std::vector<QueueEntry>{{kEntryValue, 7, 0}}));
+    // A disabled entry takes no click and keeps its text.
+    line->SetEnabled(false);
+    Mouse(kGorbButton1Down, 30, 50);
+    Mouse(kGorbButton1Up, 30, 50);
+    EXPECT_EQ(window->Focus(), other);
+    EXPECT_TRUE(ValueEntries().empty());
+}
+
+TEST_F(TextLineTest, MouseSetsTheCursorAndDragsOrShiftClicksASelection) {
+    line->SetText("abcdefgh");
+    const int left = 20 + 3;  // the text starts after the padding; 8 pixels a character without a font
+    Mouse(kGorbButton1Down, left + 2 * 8 + 1, 50);
+    Mouse(kGorbButton1Up, left + 2 * 8 + 1, 50);
+    EXPECT_EQ(line->Cursor(), 2u);
+    EXPECT_EQ(line->SelectionStart(), line->SelectionEnd());
+    Mouse(kGorbButton1Down, left + 5 * 8, 50, kGorbLeftShift);
+    Mouse(kGorbButton1Up, left + 5 * 8, 50, kGorbLeftShift);
+    EXPECT_EQ(line->SelectionStart(), 2u);
+    EXPECT_EQ(line->SelectionEnd(), 5u);
+    Mouse(kGorbButton1Down, left + 6 * 8, 50);
+    Mouse(kGorbMouseMove, left + 1 * 8, 50);
+    Mouse(kGorbButton1Up, left + 1 * 8, 50);
+    EXPECT_EQ(line->SelectionStart(), 1u);
+    EXPECT_EQ(line->SelectionEnd(), 6u);
+    EXPECT_EQ(line->Cursor(), 1u);
+}
+
+TEST_F(TextLineTest, NumericModeStepsWithinItsRangeAndCommitsOnRelease) {
+    line->SetNumeric(-3, 40);
+    line->SetNumber(38);
+    const int buttons = 20 + 200 - 6;
+    struct Case {
+        int32_t start;
+        int y;  // the plus button is the upper half
+        double held;
+        int32_t committed;
+    };
+    const Case cases[] = {{30, 42, 0.05, 36}, {36, 55, 0.1, 25}, {39, 42, 0.05, 40}, {-2, 55, 0.05, -3}};
+    for (const Case& c : cases) {
+        line->SetNumber(c.start);
+        ValueEntries();
+        Mouse(kGorbButton1Down, buttons, c.y);
+        now += c.held;
+        toolkit.Update();  // the held button repeats every tick
+        Mouse(kGorbButton1Up, buttons, c.y);
+        EXPECT_EQ(ValueEntries(), (std::vector<QueueEntry>{{kEntryValue, 7, static_cast<uint32_t>(c.committed)}}))
+            << "from " << c.start;
+    }
+    Keys({Ctrl(TextLine::kKeyA)});
+    EXPECT_TRUE(Typed("x-5"));
+    EXPECT_EQ(line->Text(), "-5");
+    ValueEntries();
+    toolkit.Focus(window, other);  // leaving clamps to the minimum
+    EXPECT_EQ(line->Text(), "-3");
+    EXPECT_EQ(ValueEntries(), (std::vector<QueueEntry>{{kEntryValue, 7, static_cast<uint32_t>(-3)}}));
+}
+
+TEST_F(TextLineTest, DrawsFocusSelectionAndButtonStates) {
+    SkinLibrary skin(test::BinaryDir() / "skins");
+    skin.LoadSkin("default.skin");
+    const Gorb_Rect r{20, 40, 200, 20};
+    const auto pixels = [&] {
+        toolkit.Draw();
+        return SurfacePixels(*screen, r);
+    };
+    for (const SkinLibrary* library : std::vector<const SkinLibrary*>{nullptr, &skin}) {
+        SCOPED_TRACE(library != nullptr ? "skinned" : "plain");
+        toolkit.Init(*screen, library);
+        Window* w = toolkit.OpenWindow(1, {0, 0, 300, 200}, 0, "draw");
+        auto& entry = w->Emplace<TextLine>(1, r);
+        entry.SetText("text");
+        entry.SetNumeric(0, 9);
+        auto before = pixels();
+        toolkit.Focus(w, &entry);
+        EXPECT_NE(pixels(), before) << "focus";
+        before = pixels();
+        Keys({Shift(TextLine::kKeyHome)});
+        EXPECT_NE(pixels(), before) << "selection";
+        before = pixels();
+        Mouse(kGorbButton1Down, r.x + r.w - 4, r.y + 2);
+        EXPECT_NE(pixels(), before) << "plus held";
+        Mouse(kGorbButton1Up, r.x + r.w - 4, r.y + 2);
+    }
+}
+
+}  // namespace
+}  // namespace sondrel
