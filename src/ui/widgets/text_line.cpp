@@ -203,7 +203,8 @@ void TextLine::Draw(Painter& painter, const DrawStyle& style) const {
         Painter::Scope scope(painter, area);
         const int h = area.h - 4;
         if (focused_ && SelectionStart() != SelectionEnd()) {
-            const Gorb_Rect selection{TextX(SelectionStart()) - scroll_, 2, TextX(SelectionEnd()) - TextX(SelectionStart()), h};
+            const int from = TextX(SelectionStart());
+            const Gorb_Rect selection{from - scroll_, 2, TextX(SelectionEnd()) - from, h};
             if (!style.DrawItem(painter, "B" + kind + "_SEL", selection))
                 painter.Fill(selection, style.Colour(ThemeColour::Selection));
         }
@@ -213,7 +214,8 @@ void TextLine::Draw(Painter& painter, const DrawStyle& style) const {
         }
         if (focused_) {
             const Gorb_Rect cursor{cursorX - scroll_, 2, 1, h};
-            if (!style.DrawItem(painter, "S" + kind + "_CUR", cursor)) painter.Fill(cursor, style.Colour(ThemeColour::Text));
+            if (!style.DrawItem(painter, "S" + kind + "_CUR", cursor))
+                painter.Fill(cursor, style.Colour(ThemeColour::Text));
         }
     }
     if (!numeric_) return;
