@@ -10,24 +10,26 @@ namespace sondrel {
 enum EntryKind : uint32_t {
     kEntryNone = 0,
     kEntryMenuCommand = 1,   // a: the chosen menu entry's command number (0-38), b: 0
-    kEntryButton = 2,        // a: push button id, b: 0 for the first mouse button or Space, 1 otherwise
-    kEntryValue = 4,         // a: widget id, b: its value; a text entry lost the focus or a held widget was let go
+    kEntryButton = 2,        // a: speed button id, b: its direction (0 or 1; a pair of arrows shares one id)
+    kEntryValue = 4,         // a: widget id, b: its value; a push button was let go over itself (b: 0),
+                             // a text entry lost the focus or a held widget was let go
     kEntryWheelWidgetUp = 10,    // a: widget id, b: 0; the wheel turned (not negatively) over a scrolling widget
     kEntryWheelWidgetDown = 11,  // a: widget id, b: 0; the same for a negative turn
+    kEntryWindowClose = 12,  // a: window id, b: 0; the window's close box was clicked (or Escape in a requester)
     kEntryKeyDown = 13,      // see PackKeyA/PackKeyB below
     kEntryKeyUp = 14,        // a: key code, b: 1 when a widget took the key
     kEntryWheelDown = 15,    // a: wheel delta, b: 0; no window took a negative turn
     kEntryWheelUp = 16,      // a: wheel delta, b: 0; no window took a turn that was not negative
     kEntryCloseRequest = 20, // a: 0, b: 0; the user asked to close the main window
 
-    // Notifications, one widget kind each; a is the widget id unless noted.
-    kEntryCheckBox = 3,      // check box toggled; b: 1 checked, 0 cleared
-    kEntrySelectBox = 5,     // selection box chosen; b: the chosen choice's index
-    kEntryCheckButton = 6,   // toggle button toggled; b: 1 down, 0 up
-    kEntrySelectButton = 7,  // radio-style button chosen; b: the chosen choice's index
-    kEntryListLine = 8,      // list line selected; b: line number, bit 31 set for a double click
+    // Notifications; a is the widget id.
+    kEntryListActivate = 3,  // a list line was double-clicked (or Return pressed on it); b: line number
+    kEntryToggle = 5,        // check box or check button toggled; b: 1 on, 0 off
+    kEntryChoice = 6,        // select box, select button or menu button chose; b: the choice's index
+    kEntryTextReturn = 7,    // Return in a one-line text entry; b: its value (numeric mode) or 0
+    kEntryTextChanged = 8,   // a one-line text entry's text was edited; b: its length
     kEntryTextField = 9,     // multi-line text field edited; b: line count
-    kEntryMenuButton = 18,   // menu-style button picked an entry; b: the entry's index
+    kEntryListLine = 18,     // list line selected; b: line number
     kEntryImage = 19,        // owner-drawn image clicked; b: x in the low 16 bits, y in the high 16 bits
 };
 

@@ -156,7 +156,7 @@ TEST_F(ToolkitTest, ADialogTakesTheActiveFlagUntilItCloses) {
     Click(20, 40);
     toolkit.Update();
     EXPECT_EQ(main->Focus(), &button);
-    EXPECT_EQ(Drain(), (std::vector<QueueEntry>{{kEntryButton, 10, 0}}));
+    EXPECT_EQ(Drain(), (std::vector<QueueEntry>{{kEntryValue, 10, 0}}));
 }
 
 TEST_F(ToolkitTest, TabWalksEnabledVisibleWidgetsBothWaysAndWraps) {
@@ -239,7 +239,7 @@ TEST_F(ToolkitTest, ButtonsQueueAClickOnlyWhenLetGoOverThem) {
     toolkit.Update();
     EXPECT_EQ(toolkit.Mode(), MouseMode::Idle);
     EXPECT_EQ(Drain(), (std::vector<QueueEntry>{{kEntryKeyDown, PackKeyA(kKeySpace, 0), PackKeyB(0, false, true)},
-                                                {kEntryButton, 42, 0},
+                                                {kEntryValue, 42, 0},
                                                 {kEntryKeyUp, kKeySpace, 1}}));
 
     // A disabled button takes neither the focus nor the click.

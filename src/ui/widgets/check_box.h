@@ -10,7 +10,7 @@ namespace sondrel {
 class CheckBox : public ToggleWidget {
 public:
     CheckBox(uint16_t id, const Gorb_Rect& rect, std::string text)
-        : ToggleWidget(WidgetKind::CheckBox, kEntryCheckBox, ToggleLook::Box, id, rect, std::move(text)) {}
+        : ToggleWidget(WidgetKind::CheckBox, kEntryToggle, ToggleLook::Box, id, rect, std::move(text)) {}
 };
 
 }  // namespace sondrel

@@ -11,7 +11,7 @@ namespace sondrel {
 class CheckButton : public ToggleWidget {
 public:
     CheckButton(uint16_t id, const Gorb_Rect& rect, std::string text)
-        : ToggleWidget(WidgetKind::CheckButton, kEntryCheckButton, ToggleLook::Button, id, rect, std::move(text)) {}
+        : ToggleWidget(WidgetKind::CheckButton, kEntryToggle, ToggleLook::Button, id, rect, std::move(text)) {}
 };
 
 }  // namespace sondrel

@@ -130,8 +130,11 @@ int ListBox::LineAt(Point p) const {
     return line < LineCount() ? line : -1;
 }
 
-void ListBox::Notify(WidgetContext& context, uint32_t flags) const {
-    context.queue.PushEntry(kEntryListLine, Id(), static_cast<uint32_t>(current_) | flags);
+// Every selection queues a list line entry; a double click queues an
+// activation after it.
+void ListBox::Notify(WidgetContext& context, bool activate) const {
+    context.queue.PushEntry(kEntryListLine, Id(), static_cast<uint32_t>(current_));
+    if (activate) context.queue.PushEntry(kEntryListActivate, Id(), static_cast<uint32_t>(current_));
 }
 
 void ListBox::Press(WidgetContext& context, Point p, int) {
@@ -151,7 +154,7 @@ void ListBox::Press(WidgetContext& context, Point p, int) {
     const bool twice = line == lastPressLine_ && context.now - lastPressTime_ <= kDoubleClickSeconds;
     lastPressLine_ = twice ? -1 : line;
     lastPressTime_ = context.now;
-    Notify(context, twice ? kListDoubleClick : 0);
+    Notify(context, twice);
 }
 
 bool ListBox::KeyPress(WidgetContext& context, const Gorb_Event& event) {
@@ -170,7 +173,7 @@ bool ListBox::KeyPress(WidgetContext& context, const Gorb_Event& event) {
     line = std::clamp(line, 0, LineCount() - 1);
     if (extended_ && (context.modifiers & kGorbShift) != 0) SelectRange(line);
     else Select(line);
-    Notify(context, 0);
+    Notify(context, false);
     return true;
 }
 

@@ -33,9 +33,6 @@ constexpr uint16_t kKeyEnd = 0xCF;
 constexpr uint16_t kKeyDown = 0xD0;
 constexpr uint16_t kKeyPageDown = 0xD1;
 
-// Bit of a list line entry's b that marks a double click.
-constexpr uint32_t kListDoubleClick = 1u << 31;
-
 // The cell as its column's format writes it; throws ParseException when the
 // format does not hold exactly one conversion that fits the cell.
 std::string FormatListCell(const std::string& format, const ListCell& cell);
@@ -79,7 +76,7 @@ private:
     void ScrollTo(int line);
     // Selects the lines from the anchor to line, or only line without an anchor.
     void SelectRange(int line);
-    void Notify(WidgetContext& context, uint32_t flags) const;
+    void Notify(WidgetContext& context, bool activate) const;
     void DrawHeader(Painter& painter, const DrawStyle& style, int width) const;
 
     std::vector<ListColumn> columns_;

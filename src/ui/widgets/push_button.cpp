@@ -14,9 +14,11 @@ void PushButton::Press(WidgetContext& context, Point, int part) {
 }
 
 void PushButton::Release(WidgetContext& context, Point, int part) {
-    if (down_ && part != kNoPart) context.queue.PushEntry(kEntryButton, Id(), 0);
+    if (down_ && part != kNoPart) Clicked(context);
     down_ = false;
 }
+
+void PushButton::Clicked(WidgetContext& context) { context.queue.PushEntry(kEntryValue, Id(), 0); }
 
 void PushButton::Drag(WidgetContext&, Point p) { down_ = HitTest(p) != kNoPart; }
 

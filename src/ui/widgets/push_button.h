@@ -1,6 +1,6 @@
 #pragma once
 // A push button with a text: pressing it holds it down, letting go over it
-// queues a button entry with its id. Space on the focused button holds it
+// queues a value entry with its id (value 0). Space on the focused button holds it
 // down the same way until Space is released.
 
 #include <string>
@@ -29,6 +29,8 @@ protected:
     // For kinds that press like a button but look otherwise.
     PushButton(WidgetKind kind, uint16_t id, const Gorb_Rect& rect, std::string text)
         : Widget(kind, id, rect), text_(std::move(text)) {}
+    // Queues what a click means; a value entry with value 0 here.
+    virtual void Clicked(WidgetContext& context);
 
 private:
     std::string text_;

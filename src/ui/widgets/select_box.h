@@ -11,7 +11,7 @@ namespace sondrel {
 class SelectBox : public ToggleWidget {
 public:
     SelectBox(uint16_t id, const Gorb_Rect& rect, std::string text, int group, uint32_t choice)
-        : ToggleWidget(WidgetKind::SelectBox, kEntrySelectBox, ToggleLook::Box,
+        : ToggleWidget(WidgetKind::SelectBox, kEntryChoice, ToggleLook::Box,
                        id, rect, std::move(text), group, choice) {}
 };
 

@@ -11,7 +11,7 @@ namespace sondrel {
 class SelectButton : public ToggleWidget {
 public:
     SelectButton(uint16_t id, const Gorb_Rect& rect, std::string text, int group, uint32_t choice)
-        : ToggleWidget(WidgetKind::SelectButton, kEntrySelectButton, ToggleLook::Button,
+        : ToggleWidget(WidgetKind::SelectButton, kEntryChoice, ToggleLook::Button,
                        id, rect, std::move(text), group, choice) {}
 };
 

@@ -1,9 +1,13 @@
 #include "ui/widgets/speed_button.h"
 
+#include "ui/command_queue.h"
+#include "ui/entry_kinds.h"
 #include "ui/painter.h"
 #include "ui/skin/skin_library.h"
 
 namespace sondrel {
+
+void SpeedButton::Clicked(WidgetContext& context) { context.queue.PushEntry(kEntryButton, Id(), direction_); }
 
 void SpeedButton::Draw(Painter& painter, const DrawStyle& style) const {
     PushButton::Draw(painter, style);

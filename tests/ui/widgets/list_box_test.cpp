@@ -133,13 +133,15 @@ TEST_F(ListBoxTest, TwoPressesOnOneLineWithinTheTimeMakeADoubleClick) {
         Click(3);
         now += c.after;
         Click(c.second);
-        const uint32_t b = static_cast<uint32_t>(c.second) | (c.doubled ? kListDoubleClick : 0);
-        EXPECT_EQ(Drain(), (std::vector<QueueEntry>{{kEntryListLine, 21, 3}, {kEntryListLine, 21, b}}));
+        const uint32_t line = static_cast<uint32_t>(c.second);
+        std::vector<QueueEntry> expected{{kEntryListLine, 21, 3}, {kEntryListLine, 21, line}};
+        if (c.doubled) expected.push_back({kEntryListActivate, 21, line});
+        EXPECT_EQ(Drain(), expected);
     }
     // A third quick press starts a new pair.
     now += 10;
     for (int i = 0; i < 3; ++i) Click(3);
-    EXPECT_EQ(Drain(), (std::vector<QueueEntry>{{kEntryListLine, 21, 3}, {kEntryListLine, 21, 3 | kListDoubleClick},
+    EXPECT_EQ(Drain(), (std::vector<QueueEntry>{{kEntryListLine, 21, 3}, {kEntryListLine, 21, 3}, {kEntryListActivate, 21, 3},
                                                 {kEntryListLine, 21, 3}}));
 }
 

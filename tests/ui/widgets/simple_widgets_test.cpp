@@ -70,7 +70,7 @@ using Entries = std::vector<QueueEntry>;
 TEST_F(SimpleWidgetsTest, CheckBoxesAndCheckButtonsFlipOnClickAndSpace) {
     auto& box = window->Emplace<CheckBox>(7, Gorb_Rect{10, 30, 100, 16}, "Loop");
     auto& button = window->Emplace<CheckButton>(8, Gorb_Rect{10, 60, 60, 20}, "Mute");
-    const std::pair<ToggleWidget*, EntryKind> cases[] = {{&box, kEntryCheckBox}, {&button, kEntryCheckButton}};
+    const std::pair<ToggleWidget*, EntryKind> cases[] = {{&box, kEntryToggle}, {&button, kEntryToggle}};
     for (const auto& [widget, kind] : cases) {
         SCOPED_TRACE(widget->Text());
         EXPECT_EQ(Click(*widget), (Entries{{kind, widget->Id(), 1}}));
@@ -100,7 +100,7 @@ TEST_F(SimpleWidgetsTest, ChoosingARadioWidgetClearsOnlyItsOwnGroupOfItsOwnKind)
     button.SetOn(true);
     boxes[0]->SetOn(true);
 
-    EXPECT_EQ(Click(*boxes[2]), (Entries{{kEntrySelectBox, 22, 2}}));
+    EXPECT_EQ(Click(*boxes[2]), (Entries{{kEntryChoice, 22, 2}}));
     EXPECT_EQ(PressSpace(), Entries{});  // the chosen one again: no change, no entry
     const auto states = [&] {
         return std::vector<bool>{boxes[0]->On(), boxes[1]->On(), boxes[2]->On(), otherGroup.On(), button.On()};
@@ -108,11 +108,20 @@ TEST_F(SimpleWidgetsTest, ChoosingARadioWidgetClearsOnlyItsOwnGroupOfItsOwnKind)
     EXPECT_EQ(states(), (std::vector<bool>{false, false, true, true, true}));
 
     button.SetOn(false);
-    EXPECT_EQ(Click(button), (Entries{{kEntrySelectButton, 40, 9}}));
+    EXPECT_EQ(Click(button), (Entries{{kEntryChoice, 40, 9}}));
     EXPECT_EQ(states(), (std::vector<bool>{false, false, true, true, true}));
     boxes[1]->SetEnabled(false);
     EXPECT_TRUE(Click(*boxes[1]).empty());
     EXPECT_FALSE(boxes[1]->On());
+}
+
+TEST_F(SimpleWidgetsTest, ArrowPairSharesAnIdAndTellsItsDirection) {
+    auto& up = window->Emplace<SpeedButton>(12, Gorb_Rect{10, 30, 16, 16}, "up", 0);
+    auto& down = window->Emplace<SpeedButton>(12, Gorb_Rect{10, 50, 16, 16}, "down", 1);
+    auto& plain = window->Emplace<PushButton>(13, Gorb_Rect{40, 30, 60, 20}, "Go");
+    EXPECT_EQ(Click(down), (Entries{{kEntryButton, 12, 1}}));
+    EXPECT_EQ(Click(up), (Entries{{kEntryButton, 12, 0}}));
+    EXPECT_EQ(Click(plain), (Entries{{kEntryValue, 13, 0}}));
 }
 
 TEST_F(SimpleWidgetsTest, DecorationsTakeNoFocusAndLetTheWindowBeDragged) {
