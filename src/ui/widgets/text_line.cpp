@@ -80,21 +80,30 @@ void TextLine::Step(int direction) {
 }
 
 bool TextLine::KeyPress(WidgetContext& context, const Gorb_Event& event) {
-    if (!Enabled()) return false;
+    if (!Enabled() || event.key == kKeyEscape) return false;
+    if (event.key == kKeyEnter || event.key == kKeyPadEnter) {
+        if (numeric_) SetNumber(Value());
+        context.queue.PushEntry(kEntryTextReturn, Id(), static_cast<uint32_t>(numeric_ ? Value() : 0));
+        return true;
+    }
+    const std::string before = text_;
+    EditKey(context, event);
+    if (text_ != before) context.queue.PushEntry(kEntryTextChanged, Id(), static_cast<uint32_t>(text_.size()));
+    return true;
+}
+
+void TextLine::EditKey(WidgetContext& context, const Gorb_Event& event) {
     const bool shift = (context.modifiers & kGorbShift) != 0;
     const bool ctrl = (context.modifiers & kGorbCtrl) != 0;
     switch (event.key) {
-        case kKeyEscape:
-        case kKeyEnter:
-        case kKeyPadEnter: return false;
-        case kKeyLeft: MoveTo(cursor_ > 0 ? cursor_ - 1 : 0, shift); return true;
-        case kKeyRight: MoveTo(std::min(cursor_ + 1, text_.size()), shift); return true;
-        case kKeyHome: MoveTo(0, shift); return true;
-        case kKeyEnd: MoveTo(text_.size(), shift); return true;
+        case kKeyLeft: MoveTo(cursor_ > 0 ? cursor_ - 1 : 0, shift); return;
+        case kKeyRight: MoveTo(std::min(cursor_ + 1, text_.size()), shift); return;
+        case kKeyHome: MoveTo(0, shift); return;
+        case kKeyEnd: MoveTo(text_.size(), shift); return;
         case kKeyUp:
         case kKeyDown:
             if (numeric_) Step(event.key == kKeyUp ? 1 : -1);
-            return true;
+            return;
         case kKeyBackspace:
         case kKeyDelete:
             if (anchor_ == cursor_) {
@@ -102,7 +111,7 @@ bool TextLine::KeyPress(WidgetContext& context, const Gorb_Event& event) {
                 if (event.key == kKeyDelete && cursor_ < text_.size()) anchor_ = cursor_ + 1;
             }
             EraseSelection();
-            return true;
+            return;
         default: break;
     }
     if (ctrl) {
@@ -116,10 +125,9 @@ bool TextLine::KeyPress(WidgetContext& context, const Gorb_Event& event) {
         } else if (event.key == kKeyV && clipboard_ != nullptr) {
             Insert(clipboard_->Text());
         }
-        return true;
+        return;
     }
     if (Printable(event.character)) Insert(std::string(1, static_cast<char>(event.character)));
-    return true;
 }
 
 void TextLine::FocusGained(WidgetContext&, bool byTab) {

@@ -2,9 +2,9 @@
 // A one-line text entry: a cursor, a selection made with Shift and the arrow
 // keys or by dragging the mouse, cut, copy and paste through a clipboard, a
 // maximum length and a filter for typed characters. While it has the focus
-// it takes every key but Escape and Enter. When the focus leaves it, the
-// toolkit's queue gets a value entry with its id (and its number in numeric
-// mode).
+// it takes every key but Escape. Each edit queues a text changed entry,
+// Return queues a return entry, and when the focus leaves it the toolkit's
+// queue gets a value entry with its id (and its number in numeric mode).
 //
 // In numeric mode the entry holds a whole number within a range and shows a
 // plus and a minus button at its right end; holding one steps the number
@@ -94,6 +94,7 @@ public:
 
 private:
     // Inserts text at the cursor in place of the selection, filtered and cut to fit.
+    void EditKey(WidgetContext& context, const Gorb_Event& event);
     void Insert(const std::string& text);
     void EraseSelection();
     // Moves the cursor; with extend the anchor stays, otherwise it follows.

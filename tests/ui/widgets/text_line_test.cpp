@@ -140,9 +140,33 @@ TEST_F(TextLineTest, EditingKeysChangeTextCursorAndSelection) {
     }
 }
 
-TEST_F(TextLineTest, LosingTheFocusCommitsAValueEntry) {
-    EXPECT_FALSE(Keys({{TextLine::kKeyEscape}, {TextLine::kKeyEnter}}));  // left for the dialog
-    ValueEntries();
+TEST_F(TextLineTest, EditsReturnAndLosingTheFocusQueueEntries) {
+    EXPECT_FALSE(Keys({{TextLine::kKeyEscape}}));  // left for the dialog
+    // Each stroke that changes the text tells its length; moving the cursor
+    // tells nothing; Return tells the number in numeric mode.
+    const auto notes = [&](std::vector<Stroke> strokes) {
+        std::vector<QueueEntry> out;
+        for (const Stroke& s : strokes) {
+            Gorb_Event event;
+            event.type = kGorbKeyDown;
+            event.key = s.key;
+            event.character = s.character;
+            input.events.push_back(event);
+            toolkit.Update();
+            while (const QueueEntry* entry = toolkit.PopEntry())
+                if (entry->kind != kEntryKeyDown) out.push_back(*entry);
+        }
+        return out;
+    };
+    EXPECT_EQ(notes({Type('a'), Type('b'), {TextLine::kKeyLeft}, {TextLine::kKeyBackspace}, {TextLine::kKeyEnter}}),
+              (std::vector<QueueEntry>{{kEntryTextChanged, 7, 1}, {kEntryTextChanged, 7, 2},
+                                       {kEntryTextChanged, 7, 1}, {kEntryTextReturn, 7, 0}}));
+    line->SetNumeric(0, 50);
+    line->SetText("77");
+    EXPECT_EQ(notes({{TextLine::kKeyEnter}}), (std::vector<QueueEntry>{{kEntryTextReturn, 7, 50}}));
+    EXPECT_EQ(line->Text(), "50");
+    line->SetNumeric(-100000, 100000);
+    line->SetText("");
     Click(30, 90);
     EXPECT_EQ(window->Focus(), other);
     EXPECT_EQ(ValueEntries(), (std::vector<QueueEntry>{{kEntryValue, 7, 0}}));
