@@ -26,6 +26,8 @@ void SdlAppPlatform::SetWindowTitle(const std::string& title) { Gorb_SetWindowTi
 void SdlAppPlatform::CloseDisplay() { Gorb_Quit(); }
 void SdlAppPlatform::UpdateInput() { Gorb_UpdateInput(); }
 bool SdlAppPlatform::GetEvent(Gorb_Event& event) { return Gorb_GetEvent(event); }
+uint32_t SdlAppPlatform::KeyModifiers() { return Gorb_GetKeyModifiers(); }
+uint32_t SdlAppPlatform::MouseState(int& x, int& y) { return Gorb_GetMouseState(x, y); }
 Gorb_Surface* SdlAppPlatform::Screen() { return Gorb_GetScreen(); }
 void SdlAppPlatform::NextFrame() { Gorb_NextFrame(); }
 bool SdlAppPlatform::SaveScreenshot(const std::filesystem::path& path) { return Gorb_SaveScreenshot(path); }
@@ -33,5 +35,7 @@ std::unique_ptr<SoundBuffer> SdlAppPlatform::CreateSoundBuffer() { return std::m
 std::unique_ptr<MidiDevice> SdlAppPlatform::CreateMidiDevice() { return std::make_unique<PortMidiDevice>(); }
 void SdlAppPlatform::ShowMessage(const std::string& text) { ShowMessageBox(text); }
 UtcTime SdlAppPlatform::CurrentTime() { return CurrentUtcTime(); }
+std::string SdlAppPlatform::ClipboardText() { return GetClipboardText(); }
+void SdlAppPlatform::SetClipboardText(const std::string& text) { sondrel::SetClipboardText(text); }
 
 }  // namespace sondrel

@@ -27,6 +27,9 @@ public:
 
     virtual void UpdateInput() = 0;
     virtual bool GetEvent(Gorb_Event& event) = 0;
+    virtual uint32_t KeyModifiers() = 0;
+    // The held buttons (Gorb_MouseButton bits) and the pointer position.
+    virtual uint32_t MouseState(int& x, int& y) = 0;
     // The surface the frame is drawn into; null without one.
     virtual Gorb_Surface* Screen() = 0;
     virtual void NextFrame() = 0;
@@ -36,6 +39,9 @@ public:
     virtual std::unique_ptr<MidiDevice> CreateMidiDevice() = 0;
     virtual void ShowMessage(const std::string& text) = 0;
     virtual UtcTime CurrentTime() = 0;
+    // Plain text on the system clipboard.
+    virtual std::string ClipboardText() = 0;
+    virtual void SetClipboardText(const std::string& text) = 0;
 };
 
 class SdlAppPlatform : public AppPlatform {
@@ -45,6 +51,8 @@ public:
     void CloseDisplay() override;
     void UpdateInput() override;
     bool GetEvent(Gorb_Event& event) override;
+    uint32_t KeyModifiers() override;
+    uint32_t MouseState(int& x, int& y) override;
     Gorb_Surface* Screen() override;
     void NextFrame() override;
     bool SaveScreenshot(const std::filesystem::path& path) override;
@@ -52,6 +60,8 @@ public:
     std::unique_ptr<MidiDevice> CreateMidiDevice() override;
     void ShowMessage(const std::string& text) override;
     UtcTime CurrentTime() override;
+    std::string ClipboardText() override;
+    void SetClipboardText(const std::string& text) override;
 };
 
 }  // namespace sondrel

@@ -17,7 +17,9 @@
 #include "platform/program_dirs.h"
 #include "sound/audio_output.h"
 #include "sound/song_player.h"
+#include "ui/entry_kinds.h"
 #include "ui/skin/skin_library.h"
+#include "ui/toolkit.h"
 
 namespace sondrel {
 
@@ -43,6 +45,19 @@ void ChangeDirectory(const std::filesystem::path& directory) {
 
 // Imports take the options each importer proposes until their dialogs exist.
 class ProposedImportOptions : public ImportOptionsProvider {};
+
+// The toolkit reads its input through the shell's platform, so tests can
+// script it.
+class PlatformInput : public InputSource {
+public:
+    explicit PlatformInput(AppPlatform& platform) : platform_(platform) {}
+    bool NextEvent(Gorb_Event& event) override { return platform_.GetEvent(event); }
+    uint32_t Modifiers() override { return platform_.KeyModifiers(); }
+    uint32_t MouseState(int& x, int& y) override { return platform_.MouseState(x, y); }
+
+private:
+    AppPlatform& platform_;
+};
 
 }  // namespace
 
@@ -286,8 +301,11 @@ void Application::ShutDown() {
 // ---- The frame's steps ----
 
 void Application::StartToolkit() {
-    // The toolkit, the pattern font, the menus and the main screen's widgets
-    // start here. Until then a system font, if there is one, names the program.
+    input_ = std::make_unique<PlatformInput>(platform_);
+    toolkit_ = std::make_unique<Toolkit>(*input_);
+    if (Gorb_Surface* screen = platform_.Screen()) toolkit_->Init(*screen, skins_.get());
+    // The pattern font, the menus and the main screen's widgets start here.
+    // Until then a system font, if there is one, names the program.
     try {
         if (std::filesystem::exists(kSystemFont)) titleFont_ = Gorb_CreateFont(kSystemFont, 40);
     } catch (const Exception&) {
@@ -295,17 +313,14 @@ void Application::StartToolkit() {
     }
 }
 
-void Application::UpdateToolkit() {
-    // The toolkit will turn these events into widget behaviour and queue entries.
-    Gorb_Event event;
-    while (platform_.GetEvent(event)) {
-        if (event.type == kGorbCloseRequest || (event.type == kGorbKeyDown && event.key == kEscapeKey))
-            RequestClose();
-    }
-}
+void Application::UpdateToolkit() { toolkit_->Update(); }
 
 void Application::DispatchCommands() {
     // Every entry of the toolkit's queue goes to the command dispatcher here.
+    while (const QueueEntry* entry = toolkit_->PopEntry()) {
+        const bool escape = entry->kind == kEntryKeyDown && KeyCode(entry->a) == kEscapeKey && !KeyTaken(entry->b);
+        if (entry->kind == kEntryCloseRequest || escape) RequestClose();
+    }
 }
 
 void Application::EnterMidiNotes() {
@@ -322,8 +337,8 @@ void Application::UpdateView(const PlayerFeedback& feedback) {
 void Application::DrawScreen() {
     Gorb_Surface* screen = platform_.Screen();
     if (!screen) return;
-    screen->Fill(screen->FindPixel(skins_->Current().Colour(ThemeColour::Background)));
-    if (!titleFont_) return;
+    toolkit_->Draw();
+    if (!titleFont_ || !toolkit_->Stack().empty()) return;
     const int width = titleFont_->TextWidth(kProgramTitle);
     const int top = screen->Height() / 2 - titleFont_->Height();
     titleFont_->Print(*screen, (screen->Width() - width) / 2, top, kProgramTitle, kTitleColour);
@@ -336,6 +351,11 @@ void Application::DrawScreen() {
     titleFont_->Print(*screen, (screen->Width() - nameWidth) / 2, top + titleFont_->Height() + 16, name, kInfoColour);
 }
 
-void Application::StopToolkit() { titleFont_.reset(); }
+void Application::StopToolkit() {
+    titleFont_.reset();
+    if (toolkit_) toolkit_->Shutdown();
+    toolkit_.reset();
+    input_.reset();
+}
 
 }  // namespace sondrel

@@ -23,6 +23,8 @@ class MidiNoteEntry;
 class NotePlayer;
 class SkinLibrary;
 class SongPlayer;
+class Toolkit;
+class InputSource;
 
 inline constexpr char kProgramTitle[] = "Sondrel";
 inline constexpr char kCouldNotLoadPreferences[] = "Couldn't load the preferences file (sondrel.prefs).";
@@ -124,6 +126,8 @@ private:
     std::unique_ptr<SoundBuffer> soundBuffer_;
     std::unique_ptr<AudioOutput> audio_;
     std::unique_ptr<SkinLibrary> skins_;
+    std::unique_ptr<InputSource> input_;
+    std::unique_ptr<Toolkit> toolkit_;
     std::unique_ptr<Gorb_Font> titleFont_;
     bool quitRequested_ = false;
     long frames_ = 0;

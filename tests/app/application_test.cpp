@@ -90,6 +90,8 @@ public:
         events.pop_front();
         return true;
     }
+    uint32_t KeyModifiers() override { return 0; }
+    uint32_t MouseState(int& x, int& y) override { return x = y = 0, 0u; }
     Gorb_Surface* Screen() override { return screen.get(); }
     void NextFrame() override {
         ++frames;
@@ -101,8 +103,11 @@ public:
     std::unique_ptr<MidiDevice> CreateMidiDevice() override { return std::make_unique<FakeMidiDevice>(*this); }
     void ShowMessage(const std::string& text) override { log.push_back("message " + text); }
     UtcTime CurrentTime() override { return {2007, 3, 4, 5, 6, 7}; }
+    std::string ClipboardText() override { return clipboard; }
+    void SetClipboardText(const std::string& text) override { clipboard = text; }
 
     bool displayOpens = true;
+    std::string clipboard;
     std::unique_ptr<Gorb_Surface> screen;
     std::deque<Gorb_Event> events;
     std::function<void(long)> onFrame;
