@@ -1,0 +1,306 @@
+#include "ui/requesters/requesters.h"
+
+#include <gtest/gtest.h>
+
+#include <deque>
+#include <filesystem>
+#include <fstream>
+#include <functional>
+#include <stdexcept>
+#include <string>
+
+#include "test_support.h"
+#include "ui/queued_input.h"
+#include "ui/requesters/file_requester.h"
+#include "ui/requesters/message_text.h"
+#include "ui/requesters/requester_host.h"
+#include "ui/toolkit.h"
+#include "ui/widgets/list_box.h"
+#include "ui/widgets/push_button.h"
+#include "ui/widgets/text_line.h"
+
+namespace sondrel {
+namespace {
+
+namespace fs = std::filesystem;
+
+constexpr uint16_t kKeyEscape = TextLine::kKeyEscape;
+constexpr uint16_t kKeyReturn = TextLine::kKeyEnter;
+
+// Plays a script one step a frame, before the toolkit takes the frame's
+// input, and gives up after kFrameLimit frames so a requester that never
+// ends fails the test instead of hanging it.
+class ScriptedHost : public RequesterHost {
+public:
+    static constexpr int kFrameLimit = 200;
+
+    explicit ScriptedHost(Toolkit& toolkit) : toolkit_(toolkit) {}
+    void PollInput() override {
+        if (++frames > kFrameLimit) throw std::runtime_error("the requester was still open at the frame limit");
+        if (script.empty()) return;
+        const auto step = std::move(script.front());
+        script.pop_front();
+        step();
+    }
+    void DrawFrame() override { toolkit_.Draw(); }
+    bool HandleCloseRequest() override {
+        ++closeRequests;
+        return quitOnClose;
+    }
+
+    std::deque<std::function<void()>> script;
+    int frames = 0;
+    int closeRequests = 0;
+    bool quitOnClose = false;
+
+private:
+    Toolkit& toolkit_;
+};
+
+class RequestersTest : public ::testing::Test {
+protected:
+    void SetUp() override {
+        screen = Gorb_CreateSurface(kScreenWidth, kScreenHeight);
+        toolkit.Init(*screen);
+        main = toolkit.OpenWindow(1, {0, 0, kScreenWidth, kScreenHeight}, kWindowNotDraggable, "main");
+    }
+
+    // The next frame runs step first.
+    void Then(std::function<void()> step) { host.script.push_back(std::move(step)); }
+    void Push(int type, int x = 0, int y = 0, uint16_t key = 0, uint16_t character = 0) {
+        Gorb_Event event;
+        event.type = type;
+        event.x = x;
+        event.y = y;
+        event.key = key;
+        event.character = character;
+        input.events.push_back(event);
+    }
+    void Key(uint16_t key, uint16_t character = 0) {
+        Push(kGorbKeyDown, 0, 0, key, character);
+        Push(kGorbKeyUp, 0, 0, key);
+    }
+    void Type(const std::string& text) {
+        for (char c : text) Key(0x10, static_cast<uint8_t>(c));
+    }
+    Widget* Find(uint16_t windowId, uint16_t widgetId) {
+        Window* window = toolkit.FindWindow(windowId);
+        if (window == nullptr) return nullptr;
+        for (const auto& widget : window->Widgets())
+            if (widget->Id() == widgetId) return widget.get();
+        return nullptr;
+    }
+    // A click at window coordinates p of the window.
+    void ClickAt(uint16_t windowId, Point p) {
+        const Gorb_Rect& rect = toolkit.FindWindow(windowId)->Rect();
+        Push(kGorbButton1Down, rect.x + p.x, rect.y + p.y);
+        Push(kGorbButton1Up, rect.x + p.x, rect.y + p.y);
+    }
+    void Click(uint16_t windowId, uint16_t widgetId) {
+        Widget* widget = Find(windowId, widgetId);
+        ASSERT_NE(widget, nullptr) << "widget " << widgetId << " of window " << windowId;
+        const Gorb_Rect& r = widget->Rect();
+        ClickAt(windowId, {r.x + r.w / 2, r.y + r.h / 2});
+    }
+
+    QueuedInput input;
+    double now = 0;
+    Toolkit toolkit{input, [this] { return now; }};
+    std::unique_ptr<Gorb_Surface> screen;
+    Window* main = nullptr;
+    ScriptedHost host{toolkit};
+    Requesters requesters{toolkit, host};
+};
+
+TEST_F(RequestersTest, QuestionIsAnsweredByEitherButtonReturnOrEscape) {
+    struct Case {
+        const char* what;
+        std::function<void()> answer;
+        bool expected;
+    };
+    const Case cases[] = {
+        {"click on the first button", [this] { Click(kMessageWindowId, 0); }, true},
+        {"click on the second button", [this] { Click(kMessageWindowId, 1); }, false},
+        {"Return on the focused first button", [this] { Key(kKeyReturn); }, true},
+        {"Tab, then Return", [this] { Key(kKeyTab); Key(kKeyReturn); }, false},
+        {"Tab, then Space", [this] { Key(kKeyTab); Key(kKeySpace, ' '); }, false},
+        {"Escape", [this] { Key(kKeyEscape); }, false},
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.what);
+        Then([&] {
+            const Window* window = toolkit.FindWindow(kMessageWindowId);
+            ASSERT_NE(window, nullptr);
+            EXPECT_EQ(window->Title(), "Requester");
+            EXPECT_FALSE(main->Active());
+            c.answer();
+        });
+        EXPECT_EQ(requesters.AskQuestion("Go on?", "Yes", "No"), c.expected);
+        EXPECT_EQ(toolkit.FindWindow(kMessageWindowId), nullptr);
+        EXPECT_TRUE(main->Active());
+        EXPECT_LT(host.frames, ScriptedHost::kFrameLimit);
+        host.frames = 0;
+    }
+}
+
+TEST_F(RequestersTest, MessageWrapsAndCentresAndASecondOneReturnsAtOnce) {
+    const std::string text(60, 'x');  // one word wider than the wrapping width
+    bool second = true;
+    Then([&] {
+        const Window* window = toolkit.FindWindow(kMessageWindowId);
+        ASSERT_NE(window, nullptr);
+        EXPECT_EQ(window->Title(), "Message");
+        const Gorb_Rect& r = window->Rect();
+        EXPECT_LE(r.w, kScreenWidth);
+        EXPECT_NEAR(r.x + r.w / 2, kScreenWidth / 2, 1);
+        EXPECT_NEAR(r.y + r.h / 2, kScreenHeight / 2, 1);
+        const auto* lines = dynamic_cast<const MessageText*>(window->Widgets().front().get());
+        ASSERT_NE(lines, nullptr);
+        EXPECT_EQ(lines->Lines().size(), 2u);
+        second = requesters.AskQuestion("again?", "Yes", "No");
+        Click(kMessageWindowId, 0);
+    });
+    requesters.ShowMessage("Look:\n" + text);
+    EXPECT_FALSE(second);
+    EXPECT_EQ(toolkit.FindWindow(kMessageWindowId), nullptr);
+}
+
+TEST_F(RequestersTest, CloseRequestIsHandedToTheHostWhichMayEndTheRequester) {
+    Then([&] { Push(kGorbCloseRequest); });
+    Then([&] {
+        EXPECT_EQ(host.closeRequests, 1);
+        EXPECT_NE(toolkit.FindWindow(kMessageWindowId), nullptr);  // the host said stay
+        host.quitOnClose = true;
+        Push(kGorbCloseRequest);
+    });
+    EXPECT_FALSE(requesters.AskQuestion("Go on?", "Yes", "No"));
+    EXPECT_EQ(host.closeRequests, 2);
+    EXPECT_EQ(toolkit.FindWindow(kMessageWindowId), nullptr);
+}
+
+class FileRequesterTest : public RequestersTest {
+protected:
+    void SetUp() override {
+        RequestersTest::SetUp();
+        saved = fs::current_path();
+        fs::current_path(dir.Path());
+        home = std::make_unique<test::ScopedEnv>("HOME", (dir / "home").string());
+    }
+    void TearDown() override { fs::current_path(saved); }
+    std::string Request(bool save) { return requesters.RequestFile({"*.sdrltk"}, "Files", save, ".sdrltk"); }
+    TextLine& NameEntry() { return *static_cast<TextLine*>(Find(kFileRequesterWindowId, FileRequester::kNameId)); }
+    ListBox& List() { return *static_cast<ListBox*>(Find(kFileRequesterWindowId, FileRequester::kListId)); }
+    void TypeName(const std::string& name) {
+        Type(name);
+        Key(kKeyReturn);
+    }
+
+    test::ScratchDir dir;
+    fs::path saved;
+    std::unique_ptr<test::ScopedEnv> home;
+};
+
+TEST_F(FileRequesterTest, SavingAddsTheDefaultExtensionUnlessTheNameEndsWithIt) {
+    for (const auto& [typed, chosen] : {std::pair{"song", "song.sdrltk"}, std::pair{"SONG.SDRLTK", "SONG.SDRLTK"},
+                                        std::pair{"tune.sdr", "tune.sdr.sdrltk"}}) {
+        Then([&, typed = typed] {
+            const Window* window = toolkit.FindWindow(kFileRequesterWindowId);
+            ASSERT_NE(window, nullptr);
+            EXPECT_EQ(window->Rect().w, kScreenWidth / 2);
+            EXPECT_EQ(window->Rect().h, kScreenHeight * 2 / 3);
+            const auto* accept = dynamic_cast<PushButton*>(Find(kFileRequesterWindowId, FileRequester::kAcceptId));
+            ASSERT_NE(accept, nullptr);
+            EXPECT_EQ(accept->Text(), "Save");
+            TypeName(typed);
+        });
+        EXPECT_EQ(Request(true), (dir / chosen).string());
+    }
+}
+
+TEST_F(FileRequesterTest, NoToOverwritingKeepsTheRequesterOpenWithTheTypedName) {
+    std::ofstream(dir / "song.sdrltk") << "old";
+    Then([&] { TypeName("song"); });
+    Then([&] {
+        const Window* question = toolkit.FindWindow(kMessageWindowId);
+        ASSERT_NE(question, nullptr);
+        const auto* text = dynamic_cast<const MessageText*>(question->Widgets().front().get());
+        ASSERT_NE(text, nullptr);
+        std::string joined;
+        for (const std::string& line : text->Lines()) joined += (joined.empty() ? "" : " ") + line;
+        EXPECT_EQ(joined, "The file song.sdrltk already exists. Shall it be overwritten?");
+        Click(kMessageWindowId, 1);
+    });
+    Then([&] {
+        EXPECT_EQ(toolkit.FindWindow(kMessageWindowId), nullptr);
+        ASSERT_NE(toolkit.FindWindow(kFileRequesterWindowId), nullptr);
+        EXPECT_EQ(NameEntry().Text(), "song");
+        Click(kFileRequesterWindowId, FileRequester::kAcceptId);
+    });
+    Then([&] { Click(kMessageWindowId, 0); });
+    EXPECT_EQ(Request(true), (dir / "song.sdrltk").string());
+}
+
+TEST_F(FileRequesterTest, QuittingDuringTheOverwriteQuestionCancelsBoth) {
+    std::ofstream(dir / "song.sdrltk") << "old";
+    host.quitOnClose = true;
+    Then([&] { TypeName("song.sdrltk"); });
+    Then([&] {
+        ASSERT_NE(toolkit.FindWindow(kMessageWindowId), nullptr);
+        Push(kGorbCloseRequest);
+    });
+    EXPECT_EQ(Request(true), "");
+    EXPECT_EQ(host.closeRequests, 1);
+    EXPECT_TRUE(toolkit.Stack().size() == 1 && main->Active());
+}
+
+TEST_F(FileRequesterTest, LoadingWalksDirectoriesAndIgnoresMissingFiles) {
+    fs::create_directories(dir / "sub" / "inner");
+    std::ofstream(dir / "sub" / "tune.sdrltk") << "x";
+    std::ofstream(dir / "sub" / "notes.txt") << "x";
+    const fs::path sub = fs::canonical(dir / "sub");
+    Then([&] { TypeName("sub"); });
+    Then([&] {
+        EXPECT_EQ(fs::current_path(), sub);
+        EXPECT_EQ(NameEntry().Text(), "");
+        ASSERT_GE(List().LineCount(), 2);
+        TypeName("missing.sdrltk");
+    });
+    Then([&] {
+        ASSERT_NE(toolkit.FindWindow(kFileRequesterWindowId), nullptr);
+        Key(kKeyEscape);
+    });
+    EXPECT_EQ(Request(false), "");
+    EXPECT_EQ(fs::current_path(), sub);  // the next requester opens here
+
+    // Lines: "inner", "tune.sdrltk", then the drives. A double click on the
+    // file chooses it; Parent and Root change directory.
+    const auto lineCentre = [&](int line) {
+        const ListBox& list = List();
+        for (int y = list.Rect().y; y < list.Rect().y + list.Rect().h; ++y)
+            if (list.LineAt({list.Rect().x + 10, y}) == line) return Point{list.Rect().x + 10, y + 2};
+        ADD_FAILURE() << "line " << line << " is not shown";
+        return Point{};
+    };
+    Then([&] { Click(kFileRequesterWindowId, FileRequester::kParentId); });
+    Then([&] {
+        EXPECT_EQ(fs::current_path(), fs::canonical(dir.Path()));
+        ClickAt(kFileRequesterWindowId, lineCentre(0));  // "sub"
+        Key(kKeyReturn);                                 // the list has the focus
+    });
+    Then([&] {
+        EXPECT_EQ(fs::current_path(), sub);
+        ClickAt(kFileRequesterWindowId, lineCentre(1));
+        ClickAt(kFileRequesterWindowId, lineCentre(1));
+    });
+    EXPECT_EQ(Request(false), (sub / "tune.sdrltk").string());
+
+    Then([&] { Click(kFileRequesterWindowId, FileRequester::kRootId); });
+    Then([&] {
+        EXPECT_EQ(fs::current_path(), fs::path("/"));
+        Click(kFileRequesterWindowId, FileRequester::kCancelId);
+    });
+    EXPECT_EQ(Request(false), "");
+}
+
+}  // namespace
+}  // namespace sondrel
