@@ -74,11 +74,11 @@ void FileRequester::Build(const std::string& title) {
     list_->SetColumns({{nameColumn, "%s", "Filename"}, {kSizeColumnWidth, "%20s", "Size"}});
     name_ = &window_->Emplace<TextLine>(kNameId, Gorb_Rect{kMargin, nameY, inner, kRowHeight}, 4095);
 
-    struct ButtonSpec {
+    struct ButtonPlace {
         uint16_t id;
         const char* label;
     };
-    const ButtonSpec buttons[] = {{kParentId, "Parent"},
+    const ButtonPlace buttons[] = {{kParentId, "Parent"},
                                   {kRootId, "Root"},
                                   {kReloadId, "Reload"},
                                   {kAcceptId, saveMode_ ? "Save" : "Load"},
