@@ -1,4 +1,4 @@
-#include "edit/block_rect.h"
+#include "edit/clipped_block.h"
 
 #include <algorithm>
 
@@ -8,7 +8,7 @@ int CellColumnOf(int cursorColumn) {
     return (cursorColumn / 3) * 2 + (cursorColumn % 3 == 2 ? 1 : 0);
 }
 
-std::optional<ClippedBlock> ClipBlock(const BlockRect& rect, int patternLength) {
+std::optional<ClippedBlock> ClipBlock(const SelectionFrame& rect, int patternLength) {
     ClippedBlock block;
     block.firstCell = std::max(CellColumnOf(rect.x), 0);
     int last = CellColumnOf(rect.x + rect.w - 1);
@@ -35,7 +35,7 @@ void ClearCell(PatternLine& line, int cellColumn) {
     }
 }
 
-bool ClearBlock(Pattern& pattern, const BlockRect& rect) {
+bool ClearBlock(Pattern& pattern, const SelectionFrame& rect) {
     auto block = ClipBlock(rect, pattern.length);
     if (!block) return false;
     for (int line = block->top; line < block->top + block->height; ++line) {

@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <utility>
 
-#include "edit/block_rect.h"
+#include "edit/clipped_block.h"
 #include "edit/pattern_list.h"
 #include "edit/undo_history.h"
 #include "edit/undo_slot.h"

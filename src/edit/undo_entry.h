@@ -5,7 +5,7 @@
 #include <array>
 #include <cstdint>
 
-#include "edit/block_rect.h"
+#include "screens/selection_frame.h"
 #include "screens/editor_position.h"
 
 namespace sondrel {
@@ -52,7 +52,7 @@ struct UndoEntry {
     uint8_t viewAfter = 0;
     std::array<uint8_t, 4> params{};  // the tool's mode, instruments or channels and mask (6, 7)
     uint32_t records = 0;             // records written (6, 7)
-    BlockRect rect;
+    SelectionFrame rect;
     EditorPosition positionBefore;
     EditorPosition positionAfter;
 };

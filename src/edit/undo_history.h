@@ -44,7 +44,7 @@ public:
     void EndWholePattern(const EditorPosition& after);
     // The lines under the frame (the position before is the frame); redo clears
     // the rectangle again. Closed by Close().
-    void BeginBlock(uint8_t pattern, const BlockRect& rect, const EditorPosition& frame);
+    void BeginBlock(uint8_t pattern, const SelectionFrame& rect, const EditorPosition& frame);
     // One pattern-list entry.
     void BeginListEntry(int position);
     void EndListEntry();

@@ -60,7 +60,7 @@ void UndoHistory::EndWholePattern(const EditorPosition& after) {
     Close();
 }
 
-void UndoHistory::BeginBlock(uint8_t pattern, const BlockRect& rect, const EditorPosition& frame) {
+void UndoHistory::BeginBlock(uint8_t pattern, const SelectionFrame& rect, const EditorPosition& frame) {
     UndoEntry& entry = Open(UndoKind::Block);
     int first = std::clamp(std::min(frame.anchorLine, frame.cursorLine), 0, kMaxLines - 1);
     int count = std::clamp(std::abs(frame.anchorLine - frame.cursorLine) + 1, 1, kMaxLines - first);

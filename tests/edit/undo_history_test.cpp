@@ -8,7 +8,7 @@
 #include <utility>
 #include <vector>
 
-#include "edit/block_rect.h"
+#include "edit/clipped_block.h"
 #include "edit/pattern_list.h"
 #include "edit/undo_slot.h"
 
@@ -120,13 +120,13 @@ const std::vector<KindCase> kKindCases = {
          for (int l = 10; l < 200; ++l) m.patterns[2].lines[l].Clear();
      }},
     {"block cleared", [](UndoHistory& h, Module& m) {
-         BlockRect rect{4, 2, 5, 4};
+         SelectionFrame rect{4, 2, 5, 4};
          h.BeginBlock(0, rect, kBefore);
          ClearBlock(m.patterns[0], rect);
          h.Close();
      }, 4, kBefore, kBefore},
     {"block reaching past the pattern", [](UndoHistory& h, Module& m) {
-         BlockRect rect{10, 60, 10, 10};  // the command column and lines 60..63 exist
+         SelectionFrame rect{10, 60, 10, 10};  // the command column and lines 60..63 exist
          EditorPosition frame{19, 69, 10, 60, 0};
          h.BeginBlock(1, rect, frame);
          ClearBlock(m.patterns[1], rect);
