@@ -69,6 +69,11 @@ SkinRequirements MakeRequirements() {
     required.colourAreas = {"BGT_LIST_LINE", "BGT_LIST_LINE2", "BGT_LIST_LINE_SEL", "SGT_TEXTLINE_CUR",
                             "BGT_TEXTLINE_SEL"};
     required.fonts = {"default", "pattern"};
+    for (std::string_view icon : {kIconPlay, kIconStop, kIconPatternPlay, kIconCursorPlay, kIconArrowUp, kIconArrowDown,
+                                  kIconArrowLeft, kIconArrowRight, kIconPlus, kIconMinus, kIconFolder,
+                                  kIconParentFolder, kIconFile, kIconDrive}) {
+        required.icons.emplace_back(icon);
+    }
     for (const auto& config : SkinConfigNames()) required.configs.emplace_back(config.name);
     return required;
 }

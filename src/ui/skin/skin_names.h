@@ -103,6 +103,22 @@ struct SkinRequirements {
     std::vector<std::string> configs;
 };
 
+// The icons the program shows on its speed buttons and in its file lists.
+inline constexpr std::string_view kIconPlay = "play";
+inline constexpr std::string_view kIconStop = "stop";
+inline constexpr std::string_view kIconPatternPlay = "pattern_play";
+inline constexpr std::string_view kIconCursorPlay = "cursor_play";
+inline constexpr std::string_view kIconArrowUp = "arrow_up";
+inline constexpr std::string_view kIconArrowDown = "arrow_down";
+inline constexpr std::string_view kIconArrowLeft = "arrow_left";
+inline constexpr std::string_view kIconArrowRight = "arrow_right";
+inline constexpr std::string_view kIconPlus = "plus";
+inline constexpr std::string_view kIconMinus = "minus";
+inline constexpr std::string_view kIconFolder = "folder";
+inline constexpr std::string_view kIconParentFolder = "parent_folder";
+inline constexpr std::string_view kIconFile = "file";
+inline constexpr std::string_view kIconDrive = "drive";
+
 // What the toolkit's widgets look up.
 const SkinRequirements& RequiredSkinKeys();
 

@@ -177,17 +177,26 @@ TEST(ShippedSkin, DefinesEveryRequiredKeyWithinItsPicture) {
     }
     const Skin& skin = library.Current();
     const int width = library.Picture().Width(), height = library.Picture().Height();
+    auto within = [&](const std::string& key, const Gorb_Rect& rect) {
+        SCOPED_TRACE(key);
+        EXPECT_GE(rect.x, 0);
+        EXPECT_GE(rect.y, 0);
+        EXPECT_LE(rect.x + rect.w, width);
+        EXPECT_LE(rect.y + rect.h, height);
+    };
     auto inside = [&](const SkinColourArea& area) {
-        SCOPED_TRACE(area.key);
-        EXPECT_GE(area.rect.x, 0);
-        EXPECT_GE(area.rect.y, 0);
-        EXPECT_LE(area.rect.x + area.rect.w, width);
-        EXPECT_LE(area.rect.y + area.rect.h, height);
-        EXPECT_GT(area.innerWidth, 0);
-        EXPECT_GT(area.innerHeight, 0);
+        within(area.key, area.rect);
+        EXPECT_GT(area.innerWidth, 0) << area.key;
+        EXPECT_GT(area.innerHeight, 0) << area.key;
     };
     for (const auto& [key, item] : skin.items) inside(item);
     for (const auto& [key, area] : skin.colourAreas) inside(area);
+    // The icons a speed button centres on its face fit inside it.
+    const Gorb_Rect button = skin.Item("BGT_SPEEDBUTTON").rect;
+    for (const auto& [name, icon] : skin.icons) {
+        within(name, icon.rect);
+        EXPECT_LE(icon.rect.h, button.h - 4) << name;
+    }
     // The theme sets every colour; one it forgets stays 0.
     ASSERT_EQ(skin.themes.size(), 1u);
     for (int i = 0; i < kThemeColourCount; ++i) EXPECT_NE(skin.Colour(i), 0u) << kThemeColourNames[i];
