@@ -10,7 +10,13 @@ namespace sondrel {
 
 namespace {
 
-constexpr uint16_t kKeyEscape = 1;
+constexpr uint16_t kKeyEscape = 0x01;
+constexpr uint16_t kKeyReturn = 0x1C;
+constexpr uint16_t kKeyPadEnter = 0x9C;
+constexpr uint16_t kKeyUp = 0xC8;
+constexpr uint16_t kKeyLeft = 0xCB;
+constexpr uint16_t kKeyRight = 0xCD;
+constexpr uint16_t kKeyDown = 0xD0;
 constexpr int kMenuBorder = 2;
 constexpr int kFallbackCharWidth = 7;
 
@@ -19,6 +25,11 @@ int EntryHeight(const MenuEntry& entry) {
 }
 
 bool Choosable(const MenuEntry& entry) { return !entry.separator && entry.enabled && entry.submenu.empty(); }
+
+// An entry the keyboard highlight may rest on: a submenu parent too.
+bool Reachable(const MenuEntry& entry) { return !entry.separator && entry.enabled; }
+
+bool HasSubmenu(const MenuEntry& entry) { return entry.enabled && !entry.submenu.empty(); }
 
 }  // namespace
 
@@ -142,25 +153,32 @@ void DropDownMenuBar::Follow(Point screen) {
         return;
     }
     open_.resize(static_cast<size_t>(level) + 1);
+    if (entry >= 0) OpenSubmenu(level);
+}
+
+void DropDownMenuBar::OpenSubmenu(int level) {
+    const OpenMenu& menu = open_[static_cast<size_t>(level)];
+    const MenuEntry& item = (*menu.entries)[static_cast<size_t>(menu.hovered)];
+    if (!HasSubmenu(item)) return;
+    const Gorb_Rect at = EntryRect(level, menu.hovered);
+    const Gorb_Rect parent = menu.rect;
+    OpenLevel(item.submenu, parent.x + parent.w, at.y - kMenuBorder, parent.x);
+}
+
+void DropDownMenuBar::ChooseEntry(int level, int entry, CommandQueue& queue) {
     if (entry < 0) return;
-    const MenuEntry& item = (*menu.entries)[static_cast<size_t>(entry)];
-    if (item.enabled && !item.submenu.empty()) {
-        const Gorb_Rect at = EntryRect(level, entry);
-        const Gorb_Rect parent = menu.rect;
-        OpenLevel(item.submenu, parent.x + parent.w, at.y - kMenuBorder, parent.x);
-    }
+    const MenuEntry& item = (*open_[static_cast<size_t>(level)].entries)[static_cast<size_t>(entry)];
+    if (!Choosable(item)) return;
+    const int command = item.command;
+    Close();
+    if (command >= 0) queue.PushEntry(kEntryMenuCommand, static_cast<uint32_t>(command), 0);
 }
 
 void DropDownMenuBar::Choose(Point screen, CommandQueue& queue) {
     int level = 0;
     int entry = 0;
     if (EntryAt(screen, level, entry)) {
-        if (entry < 0) return;
-        const MenuEntry& item = (*open_[static_cast<size_t>(level)].entries)[static_cast<size_t>(entry)];
-        if (!Choosable(item)) return;
-        const int command = item.command;
-        Close();
-        if (command >= 0) queue.PushEntry(kEntryMenuCommand, static_cast<uint32_t>(command), 0);
+        ChooseEntry(level, entry, queue);
         return;
     }
     // Let go on the bar: the menu stays open for a click on one of its entries.
@@ -173,10 +191,72 @@ void DropDownMenuBar::Close() {
     openTitle_ = -1;
 }
 
-bool DropDownMenuBar::KeyPress(uint16_t key) {
-    if (openTitle_ < 0 || key != kKeyEscape) return false;
-    Close();
-    return true;
+int DropDownMenuBar::KeyLevel() const {
+    for (int level = static_cast<int>(open_.size()) - 1; level > 0; --level) {
+        if (open_[static_cast<size_t>(level)].hovered >= 0) return level;
+    }
+    return 0;
+}
+
+void DropDownMenuBar::StepHighlight(int level, int step) {
+    open_.resize(static_cast<size_t>(level) + 1);
+    OpenMenu& menu = open_.back();
+    const int count = static_cast<int>(menu.entries->size());
+    // From nothing highlighted, Down starts at the top and Up at the bottom.
+    int at = menu.hovered >= 0 ? menu.hovered : (step > 0 ? count - 1 : 0);
+    for (int tried = 0; tried < count; ++tried) {
+        at = (at + step + count) % count;
+        if (Reachable((*menu.entries)[static_cast<size_t>(at)])) {
+            menu.hovered = at;
+            return;
+        }
+    }
+}
+
+void DropDownMenuBar::OpenNeighbourTitle(int step) {
+    const int count = static_cast<int>(titles_.size());
+    OpenTitleMenu((openTitle_ + step + count) % count);
+    StepHighlight(0, 1);
+}
+
+bool DropDownMenuBar::KeyPress(uint16_t key, CommandQueue& queue) {
+    if (openTitle_ < 0) return false;
+    const int level = KeyLevel();
+    const int hovered = open_[static_cast<size_t>(level)].hovered;
+    const bool onSubmenu =
+        hovered >= 0 && HasSubmenu((*open_[static_cast<size_t>(level)].entries)[static_cast<size_t>(hovered)]);
+    switch (key) {
+        case kKeyUp:
+        case kKeyDown: StepHighlight(level, key == kKeyDown ? 1 : -1); return true;
+        case kKeyRight:
+        case kKeyReturn:
+        case kKeyPadEnter:
+            if (onSubmenu) {
+                // The submenu may hang open already from the pointer resting on its entry.
+                if (OpenDepth() == level + 1) OpenSubmenu(level);
+                StepHighlight(level + 1, 1);
+            } else if (key == kKeyRight) {
+                OpenNeighbourTitle(1);
+            } else {
+                ChooseEntry(level, hovered, queue);
+            }
+            return true;
+        case kKeyLeft:
+            if (level > 0) {
+                open_.resize(static_cast<size_t>(level));
+            } else {
+                OpenNeighbourTitle(-1);
+            }
+            return true;
+        case kKeyEscape:
+            if (OpenDepth() > 1) {
+                open_.pop_back();
+            } else {
+                Close();
+            }
+            return true;
+        default: return false;
+    }
 }
 
 void DropDownMenuBar::Draw(Painter& painter, const DrawStyle& style) const {

@@ -4,7 +4,14 @@
 // menus follow the pointer, and letting go over an enabled entry queues a
 // menu command entry with the entry's command number. Letting go on the bar
 // leaves the menu open, so it can also be worked with separate clicks.
-// Escape or a click anywhere else closes it.
+// A click anywhere else closes it.
+//
+// An open menu also takes the keyboard: Up and Down move the highlight over
+// the enabled entries of the deepest highlighted menu (wrapping round), Right
+// opens the highlighted entry's submenu or else moves to the next title, Left
+// closes a submenu or else moves to the previous title, Return (or the keypad
+// Enter) chooses the highlighted entry as a click would, and Escape closes one
+// level.
 
 #include <string>
 #include <vector>
@@ -47,6 +54,8 @@ public:
     std::vector<MenuTitle>& Titles() { return titles_; }
     // The open title's index, -1 when every menu is closed.
     int OpenTitle() const { return openTitle_; }
+    // The highlighted entry of an open menu level, -1 when none is.
+    int Highlighted(int level) const { return open_[static_cast<size_t>(level)].hovered; }
     // How many menus hang open: the title's menu and its open submenus.
     int OpenDepth() const { return static_cast<int>(open_.size()); }
     Gorb_Rect BarRect() const { return {0, 0, screenWidth_, kBarHeight}; }
@@ -60,7 +69,8 @@ public:
     void Follow(Point screen) override;
     void Choose(Point screen, CommandQueue& queue) override;
     void Close() override;
-    bool KeyPress(uint16_t key) override;
+    int BarHeight() const override { return kBarHeight; }
+    bool KeyPress(uint16_t key, CommandQueue& queue) override;
     void Draw(Painter& painter, const DrawStyle& style) const override;
 
 private:
@@ -76,6 +86,16 @@ private:
     bool EntryAt(Point screen, int& level, int& entry) const;
     void OpenTitleMenu(int title);
     void OpenLevel(const std::vector<MenuEntry>& entries, int x, int y, int flipX);
+    // Opens the submenu of the highlighted entry of level, beside it.
+    void OpenSubmenu(int level);
+    // The level the keys work on: the deepest one with a highlighted entry.
+    int KeyLevel() const;
+    // Moves the highlight of level to the next enabled entry in step's
+    // direction (1 or -1), wrapping, and closes the menus below it.
+    void StepHighlight(int level, int step);
+    void OpenNeighbourTitle(int step);
+    // Closes every menu and queues the entry's command when it can be chosen.
+    void ChooseEntry(int level, int entry, CommandQueue& queue);
     void DrawMenu(Painter& painter, const DrawStyle& style, const OpenMenu& menu) const;
     void DrawEntry(Painter& painter, const DrawStyle& style, const MenuEntry& entry, const Gorb_Rect& rect,
                    bool hovered) const;

@@ -55,8 +55,9 @@ public:
     // The button went up: choose the entry under the pointer (a menu command entry).
     virtual void Choose(Point screen, CommandQueue& queue) = 0;
     virtual void Close() = 0;
-    // A key went down; true when an open menu took it (Escape closes it).
-    virtual bool KeyPress(uint16_t /*key*/) { return false; }
+    // A key went down; true when an open menu took it. Choosing an entry by
+    // key queues its menu command entry.
+    virtual bool KeyPress(uint16_t /*key*/, CommandQueue& /*queue*/) { return false; }
     virtual void Draw(Painter& painter, const DrawStyle& style) const = 0;
 };
 

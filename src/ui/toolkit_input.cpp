@@ -40,7 +40,7 @@ void Toolkit::Dispatch(const Gorb_Event& event) {
 
 void Toolkit::KeyDown(const Gorb_Event& event) {
     bool taken = false;
-    if (menu_ != nullptr && menu_->KeyPress(event.key)) {
+    if (menu_ != nullptr && menu_->KeyPress(event.key, queue_)) {
         taken = true;
     } else if (event.key == kKeyTab) {
         if (current_ != nullptr && current_->Active()) {

@@ -136,6 +136,58 @@ TEST_F(MenuBarTest, AClickedOpenMenuClosesOnEscapeOrAClickElsewhere) {
     EXPECT_EQ(Commands(), std::vector<uint32_t>{3});
 }
 
+TEST_F(MenuBarTest, KeysWalkTheMenusAndChooseTheHighlightedEntry) {
+    constexpr uint16_t kEsc = 0x01, kReturn = 0x1C, kPadEnter = 0x9C, kUp = 0xC8, kLeft = 0xCB, kRight = 0xCD,
+                       kDown = 0xD0;
+    struct Step {
+        uint16_t key;
+        int title, depth, highlight;  // afterwards; highlight in the deepest open menu
+    };
+    struct Case {
+        int hover;  // a File entry the pointer rests on first, -1 for none
+        std::vector<Step> steps;
+        std::vector<uint32_t> commands;
+    };
+    const Case cases[] = {
+        // Down skips the disabled entry and the separator, both ways wrap.
+        {-1, {{kDown, 0, 1, 0}, {kDown, 0, 1, 3}, {kDown, 0, 1, 4}, {kDown, 0, 1, 0}, {kUp, 0, 1, 4}}, {}},
+        {-1, {{kUp, 0, 1, 4}, {kReturn, -1, 0, 0}}, {7}},
+        // Into the submenu with Right, choose there with the keypad Enter.
+        {-1, {{kUp, 0, 1, 4}, {kUp, 0, 1, 3}, {kRight, 0, 2, 0}, {kDown, 0, 2, 1}, {kPadEnter, -1, 0, 0}}, {11}},
+        // Return on a submenu parent opens it; Left and Escape each close one level.
+        {-1, {{kUp, 0, 1, 4}, {kUp, 0, 1, 3}, {kReturn, 0, 2, 0}, {kLeft, 0, 1, 3}, {kRight, 0, 2, 0},
+              {kEsc, 0, 1, 3}, {kEsc, -1, 0, 0}}, {}},
+        // Off a plain entry Left and Right move along the bar, wrapping.
+        {-1, {{kDown, 0, 1, 0}, {kRight, 1, 1, 0}, {kRight, 0, 1, 0}, {kLeft, 1, 1, 0}, {kReturn, -1, 0, 0}}, {20}},
+        // A submenu the pointer opened is entered without opening it twice.
+        {3, {{kRight, 0, 2, 0}, {kUp, 0, 2, 1}, {kEsc, 0, 1, 3}}, {}},
+    };
+    for (size_t i = 0; i < std::size(cases); ++i) {
+        SCOPED_TRACE(i);
+        const Case& c = cases[i];
+        Send(kGorbButton1Down, Title(0));
+        Send(kGorbButton1Up, Title(0));
+        if (c.hover >= 0) Send(kGorbMouseMove, Entry(0, c.hover));
+        for (const Step& step : c.steps) {
+            Send(kGorbKeyDown, {}, step.key);
+            ASSERT_EQ(menu.OpenTitle(), step.title) << step.key;
+            ASSERT_EQ(menu.OpenDepth(), step.depth) << step.key;
+            if (step.depth > 0) {
+                EXPECT_EQ(menu.Highlighted(step.depth - 1), step.highlight) << step.key;
+            }
+        }
+        EXPECT_EQ(Commands(), c.commands);
+        menu.Close();
+    }
+    // With every menu closed the keys go on to the program untaken.
+    Send(kGorbKeyDown, {}, kDown);
+    const QueueEntry* key = toolkit.PopEntry();
+    ASSERT_NE(key, nullptr);
+    EXPECT_EQ(key->kind, kEntryKeyDown);
+    EXPECT_FALSE(KeyTaken(key->b));
+    EXPECT_EQ(menu.OpenTitle(), -1);
+}
+
 TEST_F(MenuBarTest, OpeningAndHoveringRedrawTheMenus) {
     const auto frame = [&] {
         toolkit.Draw();
