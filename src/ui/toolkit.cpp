@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <chrono>
 #include <cmath>
+#include <utility>
 
 #include "ui/painter.h"
 #include "ui/skin/skin_library.h"
@@ -66,6 +67,7 @@ void Toolkit::Init(Gorb_Surface& screen, const SkinLibrary* skin) {
 }
 
 void Toolkit::Shutdown() {
+    ClosePopup();
     queue_.Clear();
     stack_.clear();
     for (auto& slot : slots_) slot.reset();
@@ -99,6 +101,7 @@ Window* Toolkit::OpenWindow(uint16_t id, const Gorb_Rect& rect, uint32_t flags, 
     mode_ = MouseMode::Idle;
     held_ = nullptr;
     if (menu_ != nullptr) menu_->Close();
+    ClosePopup();
     UpdateHover();
     return window;
 }
@@ -121,10 +124,25 @@ void Toolkit::CloseWindow(Window* window) {
         mode_ = MouseMode::Idle;
     }
     if (mode_ == MouseMode::DraggingWindow && current_ == window) mode_ = MouseMode::Idle;
+    if (popupWindow_ == window) ClosePopup();
     std::erase(stack_, window);
     slot->reset();
     current_ = stack_.empty() ? nullptr : stack_.back();
     UpdateHover();
+}
+
+void Toolkit::ClosePopup() {
+    Popup* popup = std::exchange(popup_, nullptr);
+    popupWindow_ = nullptr;
+    if (popup == nullptr) return;
+    popup->Close();
+    if (mode_ == MouseMode::InMenu) mode_ = MouseMode::Idle;
+}
+
+void Toolkit::TakePopup(const WidgetContext& context, Window* window) {
+    if (context.popup == popup_) return;
+    popup_ = context.popup;
+    popupWindow_ = popup_ != nullptr ? window : nullptr;
 }
 
 void Toolkit::Raise(Window* window) {
@@ -170,7 +188,7 @@ void Toolkit::RunTicks() {
 
 void Toolkit::UpdateHover() {
     hover_ = {};
-    if (menu_ != nullptr && menu_->Contains(mouse_)) {
+    if ((popup_ != nullptr && popup_->Contains(mouse_)) || (menu_ != nullptr && menu_->Contains(mouse_))) {
         hover_.kind = HoverKind::Menu;
         return;
     }
@@ -194,6 +212,7 @@ void Toolkit::Draw() {
     painter.Fill(whole, style_.Colour(ThemeColour::Background));
     for (const Window* window : stack_) DrawWindow(painter, *window);
     if (menu_ != nullptr) menu_->Draw(painter, style_);
+    if (popup_ != nullptr) popup_->Draw(painter, style_);
 }
 
 void Toolkit::DrawWindow(Painter& painter, const Window& window) const {

@@ -15,6 +15,7 @@
 
 #include "platform/gorb.h"
 #include "ui/command_queue.h"
+#include "ui/popup.h"
 #include "ui/widget.h"
 #include "ui/window.h"
 
@@ -55,9 +56,8 @@ public:
     // The button went up: choose the entry under the pointer (a menu command entry).
     virtual void Choose(Point screen, CommandQueue& queue) = 0;
     virtual void Close() = 0;
-    // A key went down; true when an open menu took it. Choosing an entry by
-    // key queues its menu command entry.
-    virtual bool KeyPress(uint16_t /*key*/, CommandQueue& /*queue*/) { return false; }
+    // A key went down; true when an open menu took it (Escape closes it).
+    virtual bool KeyPress(uint16_t /*key*/) { return false; }
     virtual void Draw(Painter& painter, const DrawStyle& style) const = 0;
 };
 
@@ -118,6 +118,10 @@ public:
     const HoverTarget& Hover() const { return hover_; }
     double TickBacklog() const { return backlog_; }
     const DrawStyle& Style() const { return style_; }
+    // The open popup, drawn over everything and given input first; null when none is open.
+    const Popup* OpenPopup() const { return popup_; }
+    // Closes the open popup without choosing anything.
+    void ClosePopup();
 
 private:
     void Dispatch(const Gorb_Event& event);
@@ -134,7 +138,9 @@ private:
     // The topmost active window under the pointer.
     Window* ActiveWindowAtPointer() const;
     // A context for widget handlers; the caller takes back the mouse mode it leaves.
-    WidgetContext Context() { return {queue_, mode_, modifiers_, clock_()}; }
+    WidgetContext Context() { return {queue_, mode_, modifiers_, clock_(), popup_}; }
+    // Takes back the popup a handler of window's widget opened or closed.
+    void TakePopup(const WidgetContext& context, Window* window);
     void DrawWindow(Painter& painter, const Window& window) const;
 
     InputSource& input_;
@@ -150,6 +156,8 @@ private:
 
     MouseMode mode_ = MouseMode::Idle;
     Widget* held_ = nullptr;
+    Popup* popup_ = nullptr;
+    Window* popupWindow_ = nullptr;  // the window of the widget that opened it
     uint32_t buttons_ = 0;
     uint32_t modifiers_ = 0;
     Point mouse_;

@@ -40,7 +40,14 @@ void Toolkit::Dispatch(const Gorb_Event& event) {
 
 void Toolkit::KeyDown(const Gorb_Event& event) {
     bool taken = false;
-    if (menu_ != nullptr && menu_->KeyPress(event.key, queue_)) {
+    if (popup_ != nullptr) {
+        WidgetContext context = Context();
+        taken = popup_->KeyPress(context, event);
+        TakePopup(context, popupWindow_);
+    }
+    if (taken) {
+        // The open popup took it.
+    } else if (menu_ != nullptr && menu_->KeyPress(event.key)) {
         taken = true;
     } else if (event.key == kKeyTab) {
         if (current_ != nullptr && current_->Active()) {
@@ -54,6 +61,7 @@ void Toolkit::KeyDown(const Gorb_Event& event) {
         WidgetContext context = Context();
         taken = focused->KeyPress(context, event);
         mode_ = context.mouseMode;
+        TakePopup(context, current_);
         if (mode_ == MouseMode::SpaceHeld) held_ = focused;
     }
     queue_.PushKey(event.key, event.character, static_cast<uint16_t>(modifiers_), event.repeat, taken);
@@ -89,6 +97,8 @@ void Toolkit::MouseMove(Point to) {
         WidgetContext context = Context();
         held_->Drag(context, held_->Owner()->ToLocal(to));
         mode_ = context.mouseMode;
+    } else if (popup_ != nullptr) {
+        popup_->Follow(to);
     } else if ((mode_ == MouseMode::InMenu || mode_ == MouseMode::Idle) && menu_ != nullptr) {
         // A menu opened by a click follows the pointer with no button down too.
         menu_->Follow(to);
@@ -111,6 +121,15 @@ void Toolkit::Wheel(int delta) {
 
 void Toolkit::Press() {
     if (mode_ != MouseMode::Idle) return;
+    if (popup_ != nullptr) {
+        // A press off the open popup only closes it.
+        if (!popup_->Contains(mouse_)) return ClosePopup();
+        WidgetContext context = Context();
+        popup_->Press(context, mouse_);
+        TakePopup(context, popupWindow_);
+        mode_ = popup_ != nullptr ? MouseMode::InMenu : MouseMode::Idle;
+        return;
+    }
     if (hover_.kind == HoverKind::Menu && menu_ != nullptr) {
         menu_->Press(mouse_);
         mode_ = MouseMode::InMenu;
@@ -130,6 +149,7 @@ void Toolkit::Press() {
         WidgetContext context = Context();
         widget->Press(context, local, part);
         mode_ = context.mouseMode;
+        TakePopup(context, window);
         if (mode_ == MouseMode::WidgetHeld) held_ = widget;
     } else if (window->Draggable()) {
         mode_ = MouseMode::DraggingWindow;
@@ -137,7 +157,11 @@ void Toolkit::Press() {
 }
 
 void Toolkit::Release() {
-    if (mode_ == MouseMode::InMenu && menu_ != nullptr) {
+    if (mode_ == MouseMode::InMenu && popup_ != nullptr) {
+        WidgetContext context = Context();
+        popup_->Release(context, mouse_);
+        TakePopup(context, popupWindow_);
+    } else if (mode_ == MouseMode::InMenu && menu_ != nullptr) {
         menu_->Choose(mouse_, queue_);
     } else if ((mode_ == MouseMode::WidgetHeld || mode_ == MouseMode::SpaceHeld) && held_ != nullptr) {
         // A button held with Space is let go without a click when the mouse button goes up.

@@ -15,6 +15,7 @@ namespace sondrel {
 
 class CommandQueue;
 class Painter;
+class Popup;
 class SkinLibrary;
 class Window;
 
@@ -89,6 +90,9 @@ struct WidgetContext {
     MouseMode mouseMode = MouseMode::Idle;
     uint32_t modifiers = 0;
     double now = 0;  // the toolkit's clock, in seconds
+    // The open popup: a press or key handler opens its own by pointing this
+    // at it, and a popup's handlers close it by clearing this.
+    Popup* popup = nullptr;
 };
 
 // What widgets draw with: the skin when there is one, and the theme colours.

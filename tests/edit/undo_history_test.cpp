@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <array>
 #include <functional>
 #include <memory>
 #include <optional>
@@ -126,7 +127,7 @@ const std::vector<KindCase> kKindCases = {
          h.Close();
      }, 4, kBefore, kBefore},
     {"block reaching past the pattern", [](UndoHistory& h, Module& m) {
-         SelectionFrame rect{10, 60, 10, 10};  // the command column and lines 60..63 exist
+         SelectionFrame rect{10, 60, 10, 10};  // channel 3 and the command column, lines 60..63
          EditorPosition frame{19, 69, 10, 60, 0};
          h.BeginBlock(1, rect, frame);
          ClearBlock(m.patterns[1], rect);
@@ -261,6 +262,31 @@ TEST_F(UndoHistoryTest, EveryKindIsTakenBackAndDoneAgain) {
     }
 }
 
+// The frame that a redone block clear acts on: cursor columns to cell columns,
+// cut to the nine cells and to the pattern's lines.
+TEST(ClipBlockTest, CutsTheFrameToThePattern) {
+    struct Case {
+        SelectionFrame frame;
+        int length;
+        std::optional<std::array<int, 4>> cells;  // first cell, last cell, top, height
+    };
+    const Case cases[] = {
+        {{0, 0, 13, 64}, 64, std::array{0, 8, 0, 64}},
+        {{2, 5, 4, 3}, 64, std::array{1, 3, 5, 3}},    // column 2 is channel 0's command cell
+        {{-4, -2, 6, 5}, 64, std::array{0, 0, 0, 3}},  // lines above the first are cut off
+        {{10, 60, 10, 10}, 64, std::array{6, 8, 60, 4}},
+        {{14, 0, 1, 1}, 64, std::nullopt},             // right of the command column
+        {{0, 70, 1, 3}, 64, std::nullopt},             // below the pattern's end
+    };
+    for (const Case& c : cases) {
+        auto block = ClipBlock(c.frame, c.length);
+        ASSERT_EQ(block.has_value(), c.cells.has_value());
+        if (block) {
+            EXPECT_EQ((std::array{block->firstCell, block->lastCell, block->top, block->height}), *c.cells);
+        }
+    }
+}
+
 // Each call records one change of line 0 of pattern 0 to the value k.
 void RecordLineChange(UndoHistory& history, Module& module, int k) {
     history.BeginLine(0, 0, {});
@@ -374,6 +400,7 @@ TEST_F(UndoHistoryTest, DeletedPatternComesBackWithLinesFromTheCurrentStorePosit
         history.EndWholePattern({});
     }
     ASSERT_EQ(history.StorePos(), 0u);
+    EXPECT_TRUE(history.SavedKnown());  // filled exactly: no entry's data was overwritten
     module->patterns[0].name = "Intro";
     module->patterns[0].length = 40;
     auto before = Copy();

@@ -23,6 +23,15 @@ public:
         y = 0;
         return 0;
     }
+    // Queues an event of that type at a pointer position, with a key code.
+    void Push(int type, int x = 0, int y = 0, uint16_t key = 0) {
+        Gorb_Event event;
+        event.type = type;
+        event.x = x;
+        event.y = y;
+        event.key = key;
+        events.push_back(event);
+    }
     std::deque<Gorb_Event> events;
     uint32_t modifiers = 0;
 };
