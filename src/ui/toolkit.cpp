@@ -123,7 +123,8 @@ void Toolkit::CloseWindow(Window* window) {
         held_ = nullptr;
         mode_ = MouseMode::Idle;
     }
-    if (mode_ == MouseMode::DraggingWindow && current_ == window) mode_ = MouseMode::Idle;
+    if ((mode_ == MouseMode::DraggingWindow || mode_ == MouseMode::WindowPartHeld) && current_ == window)
+        mode_ = MouseMode::Idle;
     if (popupWindow_ == window) ClosePopup();
     std::erase(stack_, window);
     slot->reset();
@@ -198,7 +199,9 @@ void Toolkit::UpdateHover() {
         hover_.window = window;
         hover_.kind = HoverKind::WindowBody;
         if (window->Active()) {
-            hover_.widget = window->WidgetAt(window->ToLocal(mouse_), hover_.part);
+            const Point local = window->ToLocal(mouse_);
+            hover_.windowPart = window->PartAt(local);
+            if (hover_.windowPart == WindowPart::None) hover_.widget = window->WidgetAt(local, hover_.part);
             if (hover_.widget != nullptr) hover_.kind = HoverKind::Widget;
         }
         return;
@@ -210,7 +213,12 @@ void Toolkit::Draw() {
     Painter painter(*screen_);
     const Gorb_Rect whole{0, 0, screen_->Width(), screen_->Height()};
     painter.Fill(whole, style_.Colour(ThemeColour::Background));
+    // Widgets show their hover looks only while nothing is held.
+    const bool idle = mode_ == MouseMode::Idle;
+    style_.hovered = idle ? hover_.widget : nullptr;
+    style_.hoveredPart = idle ? hover_.part : kNoPart;
     for (const Window* window : stack_) DrawWindow(painter, *window);
+    style_.hovered = nullptr;
     if (menu_ != nullptr) menu_->Draw(painter, style_);
     if (popup_ != nullptr) popup_->Draw(painter, style_);
 }
@@ -220,25 +228,43 @@ void Toolkit::DrawWindow(Painter& painter, const Window& window) const {
     const Painter::Scope scope(painter, rect);
     const Gorb_Rect local{0, 0, rect.w, rect.h};
     const Gorb_Rect titleBar{0, 0, rect.w, kTitleBarHeight};
-    const Gorb_Rect closeBox = window.CloseBox();
     if (!style_.DrawItem(painter, "BGT_WINDOW", local)) {
         painter.Fill(local, style_.Colour(ThemeColour::WindowBody));
         const ThemeColour title = window.Active() ? ThemeColour::TitleActive : ThemeColour::TitleInactive;
         painter.Fill(titleBar, style_.Colour(title));
         painter.Outline(local, style_.Colour(ThemeColour::WindowBorder));
     }
-    if (!style_.DrawItem(painter, "BGT_WINDOW_CLOSE", closeBox)) {
-        painter.Fill(closeBox, style_.Colour(ThemeColour::WindowBody));
-        painter.Bevel(closeBox, style_.Colour(ThemeColour::BevelLight), style_.Colour(ThemeColour::BevelDark));
-    }
     if (style_.font != nullptr) {
-        const Gorb_Rect textArea{4, 0, closeBox.x - 8, kTitleBarHeight};
+        // The title ends before the leftmost box of the title bar.
+        int textEnd = rect.w;
+        for (WindowPart part : {WindowPart::Close, WindowPart::Maximize})
+            if (window.HasPart(part)) textEnd = std::min(textEnd, window.PartRect(part).x);
+        const Gorb_Rect textArea{4, 0, textEnd - 8, kTitleBarHeight};
         painter.TextIn(*style_.font, textArea, window.Title(), style_.Colour(ThemeColour::TitleText));
     }
     for (const auto& widget : window.Widgets()) {
         if (widget->Hidden()) continue;
         const Painter::Scope widgetScope(painter, widget->Rect());
         widget->Draw(painter, style_);
+    }
+    DrawWindowParts(painter, window);
+}
+
+void Toolkit::DrawWindowParts(Painter& painter, const Window& window) const {
+    for (WindowPart part : {WindowPart::Close, WindowPart::Maximize, WindowPart::Resize}) {
+        if (!window.HasPart(part)) continue;
+        const Gorb_Rect box = window.PartRect(part);
+        const bool held = mode_ == MouseMode::WindowPartHeld && current_ == &window && heldPart_ == part;
+        const bool hovered = mode_ == MouseMode::Idle && hover_.window == &window && hover_.windowPart == part;
+        const WidgetKind kind = part == WindowPart::Close      ? WidgetKind::WindowClose
+                                : part == WindowPart::Maximize ? WidgetKind::WindowMaximize
+                                                               : WidgetKind::WindowResize;
+        const std::string base = "B" + std::string(SkinTypeName(kind));
+        const bool pressed = held && heldPartDown_;
+        if (style_.DrawStateItem(painter, base, LookState(window.Active(), pressed, hovered), box)) continue;
+        painter.Fill(box, style_.Colour(ThemeColour::WindowBody));
+        painter.Bevel(box, style_.Colour(ThemeColour::BevelLight), style_.Colour(ThemeColour::BevelDark),
+                      pressed ? BevelStyle::Sunken : BevelStyle::Raised);
     }
 }
 

@@ -56,6 +56,8 @@ public:
     // The button went up: choose the entry under the pointer (a menu command entry).
     virtual void Choose(Point screen, CommandQueue& queue) = 0;
     virtual void Close() = 0;
+    // The height of the bar along the top of the screen; maximised windows fill the screen below it.
+    virtual int BarHeight() const { return 0; }
     // A key went down; true when an open menu took it (Escape closes it).
     virtual bool KeyPress(uint16_t /*key*/) { return false; }
     virtual void Draw(Painter& painter, const DrawStyle& style) const = 0;
@@ -68,6 +70,7 @@ struct HoverTarget {
     Window* window = nullptr;
     Widget* widget = nullptr;
     int part = kNoPart;
+    WindowPart windowPart = WindowPart::None;  // on an active window's frame part
 };
 
 class Toolkit {
@@ -142,6 +145,11 @@ private:
     // Takes back the popup a handler of window's widget opened or closed.
     void TakePopup(const WidgetContext& context, Window* window);
     void DrawWindow(Painter& painter, const Window& window) const;
+    void DrawWindowParts(Painter& painter, const Window& window) const;
+    // The pointer moved while a frame part of the current window is held.
+    void DragWindowPart();
+    void ReleaseWindowPart();
+    Gorb_Rect ScreenRect() const;
 
     InputSource& input_;
     std::function<double()> clock_;
@@ -156,6 +164,12 @@ private:
 
     MouseMode mode_ = MouseMode::Idle;
     Widget* held_ = nullptr;
+    // The current window's frame part held in WindowPartHeld mode, whether the
+    // pointer is still on it, and the grip's starting point and rectangle.
+    WindowPart heldPart_ = WindowPart::None;
+    bool heldPartDown_ = false;
+    Point gripFrom_;
+    Gorb_Rect sizeFrom_{};
     Popup* popup_ = nullptr;
     Window* popupWindow_ = nullptr;  // the window of the widget that opened it
     uint32_t buttons_ = 0;

@@ -88,11 +88,12 @@ void Toolkit::MouseMove(Point to) {
     if (mode_ == MouseMode::DraggingWindow && current_ != nullptr && (dx != 0 || dy != 0)) {
         // Keep the title bar on the screen so the window can always be taken back.
         const Gorb_Rect& r = current_->Rect();
-        const int screenW = screen_ != nullptr ? screen_->Width() : kScreenWidth;
-        const int screenH = screen_ != nullptr ? screen_->Height() : kScreenHeight;
-        const int x = std::clamp(r.x + dx, kTitleBarHeight - r.w, screenW - kTitleBarHeight);
-        const int y = std::clamp(r.y + dy, 0, screenH - kTitleBarHeight);
+        const Gorb_Rect screen = ScreenRect();
+        const int x = std::clamp(r.x + dx, kTitleBarHeight - r.w, screen.w - kTitleBarHeight);
+        const int y = std::clamp(r.y + dy, 0, screen.h - kTitleBarHeight);
         current_->MoveBy(x - r.x, y - r.y);
+    } else if (mode_ == MouseMode::WindowPartHeld && current_ != nullptr) {
+        DragWindowPart();
     } else if (mode_ == MouseMode::WidgetHeld && held_ != nullptr) {
         WidgetContext context = Context();
         held_->Drag(context, held_->Owner()->ToLocal(to));
@@ -141,6 +142,14 @@ void Toolkit::Press() {
     if (window == nullptr) return;
     if (window != current_) Raise(window);
     const Point local = window->ToLocal(mouse_);
+    if (const WindowPart framePart = window->PartAt(local); framePart != WindowPart::None) {
+        mode_ = MouseMode::WindowPartHeld;
+        heldPart_ = framePart;
+        heldPartDown_ = true;
+        gripFrom_ = mouse_;
+        sizeFrom_ = window->Rect();
+        return;
+    }
     int part = kNoPart;
     Widget* widget = window->WidgetAt(local, part);
     if (widget != nullptr) {
@@ -163,6 +172,8 @@ void Toolkit::Release() {
         TakePopup(context, popupWindow_);
     } else if (mode_ == MouseMode::InMenu && menu_ != nullptr) {
         menu_->Choose(mouse_, queue_);
+    } else if (mode_ == MouseMode::WindowPartHeld && current_ != nullptr) {
+        ReleaseWindowPart();
     } else if ((mode_ == MouseMode::WidgetHeld || mode_ == MouseMode::SpaceHeld) && held_ != nullptr) {
         // A button held with Space is let go without a click when the mouse button goes up.
         const Point local = held_->Owner()->ToLocal(mouse_);
@@ -185,6 +196,37 @@ void Toolkit::ThirdButtonDown() {
     int part = kNoPart;
     Widget* widget = window->WidgetAt(window->ToLocal(mouse_), part);
     if (widget != nullptr && widget->Focusable()) Focus(window, widget, false);
+}
+
+void Toolkit::DragWindowPart() {
+    if (heldPart_ != WindowPart::Resize) {
+        heldPartDown_ = current_->PartAt(current_->ToLocal(mouse_)) == heldPart_;
+        return;
+    }
+    // The grip follows the pointer; the window keeps a minimum size and stays on the screen.
+    const Gorb_Rect screen = ScreenRect();
+    const Gorb_Rect& r = current_->Rect();
+    const int w = std::clamp(sizeFrom_.w + mouse_.x - gripFrom_.x, kWindowMinWidth,
+                             std::max(kWindowMinWidth, screen.w - r.x));
+    const int h = std::clamp(sizeFrom_.h + mouse_.y - gripFrom_.y, kWindowMinHeight,
+                             std::max(kWindowMinHeight, screen.h - r.y));
+    current_->SetRect({r.x, r.y, w, h});
+}
+
+void Toolkit::ReleaseWindowPart() {
+    if (current_->PartAt(current_->ToLocal(mouse_)) != heldPart_) return;
+    if (heldPart_ == WindowPart::Close) {
+        queue_.PushEntry(kEntryWindowClose, current_->Id(), 0);
+    } else if (heldPart_ == WindowPart::Maximize) {
+        const int top = menu_ != nullptr ? menu_->BarHeight() : 0;
+        const Gorb_Rect screen = ScreenRect();
+        current_->ToggleMaximized({0, top, screen.w, screen.h - top});
+    }
+}
+
+Gorb_Rect Toolkit::ScreenRect() const {
+    if (screen_ == nullptr) return {0, 0, kScreenWidth, kScreenHeight};
+    return {0, 0, screen_->Width(), screen_->Height()};
 }
 
 Window* Toolkit::ActiveWindowAtPointer() const {

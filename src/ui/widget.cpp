@@ -1,5 +1,7 @@
 #include "ui/widget.h"
 
+#include <string>
+
 #include "ui/painter.h"
 #include "ui/skin/skin_library.h"
 
@@ -14,6 +16,12 @@ bool DrawStyle::DrawItem(Painter& painter, std::string_view key, const Gorb_Rect
     const StretchSource source{item.rect, item.borders.left, item.borders.right, item.borders.top, item.borders.bottom};
     painter.DrawStretched(skin->Picture(), source, rect);
     return true;
+}
+
+bool DrawStyle::DrawStateItem(Painter& painter, std::string_view base, std::string_view state,
+                              const Gorb_Rect& rect) const {
+    if (!state.empty() && DrawItem(painter, std::string(base) + std::string(state), rect)) return true;
+    return DrawItem(painter, base, rect);
 }
 
 }  // namespace sondrel

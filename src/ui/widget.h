@@ -17,6 +17,7 @@ class CommandQueue;
 class Painter;
 class Popup;
 class SkinLibrary;
+class Widget;
 class Window;
 
 struct Point {
@@ -69,6 +70,7 @@ enum class MouseMode : uint8_t {
     DraggingWindow = 1,
     InMenu = 2,
     WidgetHeld = 3,   // a widget is held down with the first button
+    WindowPartHeld = 4,  // a window's close or maximise box or its resize grip is held
     SpaceHeld = 5,    // a button is held down with Space
 };
 
@@ -101,11 +103,28 @@ struct DrawStyle {
     const Gorb_Font* font = nullptr;  // null: no text is drawn
     std::array<uint32_t, kThemeColourCount> colours{};
 
+    // The widget under the pointer and the part it is on, set while nothing
+    // is held so that widgets can draw their hover looks.
+    const Widget* hovered = nullptr;
+    int hoveredPart = kNoPart;
+
     uint32_t Colour(ThemeColour colour) const { return colours[static_cast<int>(colour)]; }
     // Draws the skin item of that key stretched over rect; false (nothing
     // drawn) without a skin or when the skin lacks the item.
     bool DrawItem(Painter& painter, std::string_view key, const Gorb_Rect& rect) const;
+    // Draws the item of base with a state suffix ("_P"), or base itself when
+    // the skin has no item for that state.
+    bool DrawStateItem(Painter& painter, std::string_view base, std::string_view state, const Gorb_Rect& rect) const;
+    // Whether the pointer is on widget (on that part of it, unless part is kNoPart).
+    bool Hovers(const Widget& widget, int part = kNoPart) const {
+        return hovered == &widget && (part == kNoPart || part == hoveredPart);
+    }
 };
+
+// The skin suffix of a button-like look: disabled, pressed, under the pointer or plain.
+constexpr std::string_view LookState(bool enabled, bool pressed, bool hovered) {
+    return !enabled ? "_D" : pressed ? "_P" : hovered ? "_R" : "";
+}
 
 class Widget {
 public:

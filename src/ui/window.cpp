@@ -4,9 +4,48 @@
 
 namespace sondrel {
 
-Gorb_Rect Window::CloseBox() const {
+void Window::SetRect(const Gorb_Rect& rect) {
+    const bool resized = rect.w != rect_.w || rect.h != rect_.h;
+    rect_ = rect;
+    if (resized && resized_) resized_(*this);
+}
+
+void Window::ToggleMaximized(const Gorb_Rect& area) {
+    if (maximized_) {
+        maximized_ = false;
+        SetRect(restored_);
+        return;
+    }
+    restored_ = rect_;
+    maximized_ = true;
+    SetRect(area);
+}
+
+bool Window::HasPart(WindowPart part) const {
+    switch (part) {
+        case WindowPart::Close: return (flags_ & kWindowNoCloseBox) == 0;
+        case WindowPart::Maximize: return (flags_ & kWindowMaximizable) != 0;
+        case WindowPart::Resize: return (flags_ & kWindowResizable) != 0;
+        case WindowPart::None: break;
+    }
+    return false;
+}
+
+Gorb_Rect Window::PartRect(WindowPart part) const {
+    if (!HasPart(part)) return {};
+    if (part == WindowPart::Resize)
+        return {rect_.w - kResizeGripSize, rect_.h - kResizeGripSize, kResizeGripSize, kResizeGripSize};
+    // The title bar boxes sit at its right end, the maximise box left of the close box.
     const int margin = (kTitleBarHeight - kCloseBoxSize) / 2;
-    return {rect_.w - margin - kCloseBoxSize, margin, kCloseBoxSize, kCloseBoxSize};
+    int right = rect_.w - margin;
+    if (part == WindowPart::Maximize && HasPart(WindowPart::Close)) right -= kCloseBoxSize + margin;
+    return {right - kCloseBoxSize, margin, kCloseBoxSize, kCloseBoxSize};
+}
+
+WindowPart Window::PartAt(Point p) const {
+    for (WindowPart part : {WindowPart::Close, WindowPart::Maximize, WindowPart::Resize})
+        if (HasPart(part) && sondrel::Contains(PartRect(part), p)) return part;
+    return WindowPart::None;
 }
 
 Widget* Window::WidgetAt(Point p, int& part) const {

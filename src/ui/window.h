@@ -4,6 +4,7 @@
 // focused widget and the active flag that makes it clickable.
 
 #include <cstdint>
+#include <functional>
 #include <memory>
 #include <string>
 #include <utility>
@@ -18,8 +19,22 @@ namespace sondrel {
 // dragged by its body (the main screen, fixed panels, requesters).
 constexpr uint32_t kWindowNotDraggable = (1u << 3) | (1u << 4) | (1u << 7);
 
+// Window flag bits for the parts of the frame: the main screen has no close
+// box; maximisable windows get a maximise box beside it and resizable ones a
+// grip in the bottom right corner.
+constexpr uint32_t kWindowNoCloseBox = 1u << 8;
+constexpr uint32_t kWindowMaximizable = 1u << 9;
+constexpr uint32_t kWindowResizable = 1u << 10;
+
 constexpr int kTitleBarHeight = 18;
 constexpr int kCloseBoxSize = 14;
+constexpr int kResizeGripSize = 12;
+// The smallest size a window can be dragged to with its grip.
+constexpr int kWindowMinWidth = 120;
+constexpr int kWindowMinHeight = 60;
+
+// The parts of a window's frame that act by themselves, not through widgets.
+enum class WindowPart : uint8_t { None, Close, Maximize, Resize };
 
 class Window {
 public:
@@ -35,11 +50,22 @@ public:
         rect_.x += dx;
         rect_.y += dy;
     }
+    // Takes a new rectangle; a change of size calls the resized hook.
+    void SetRect(const Gorb_Rect& rect);
+    // Called after the window changed size, so its owner can lay it out again.
+    void SetResizedHook(std::function<void(Window&)> hook) { resized_ = std::move(hook); }
+    // Fills area (the screen below the menu bar), or gives back the rectangle
+    // the window had before it was maximised.
+    void ToggleMaximized(const Gorb_Rect& area);
+    bool Maximized() const { return maximized_; }
     uint32_t Flags() const { return flags_; }
     bool Draggable() const { return (flags_ & kWindowNotDraggable) == 0; }
     const std::string& Title() const { return title_; }
-    // The close box in window coordinates.
-    Gorb_Rect CloseBox() const;
+    bool HasPart(WindowPart part) const;
+    // Where a part lies, in window coordinates; empty when the window lacks it.
+    Gorb_Rect PartRect(WindowPart part) const;
+    // The part at p (window coordinates), None when p is on no part.
+    WindowPart PartAt(Point p) const;
 
     bool Active() const { return active_; }
     void SetActive(bool on) { active_ = on; }
@@ -79,6 +105,9 @@ private:
     uint32_t flags_;
     std::string title_;
     bool active_ = true;
+    bool maximized_ = false;
+    Gorb_Rect restored_{};
+    std::function<void(Window&)> resized_;
     Widget* focus_ = nullptr;
     std::vector<std::unique_ptr<Widget>> widgets_;
     std::vector<Window*> tookActiveFrom_;

@@ -4,10 +4,15 @@
 
 #include <vector>
 
+#include "test_support.h"
 #include "ui/queued_input.h"
 #include "ui/entry_kinds.h"
 #include "ui/painter.h"
+#include "ui/skin/skin_library.h"
+#include "ui/surface_pixels.h"
+#include "ui/widgets/check_box.h"
 #include "ui/widgets/push_button.h"
+#include "ui/widgets/scroll_bar.h"
 
 namespace sondrel {
 namespace {
@@ -284,6 +289,148 @@ TEST_F(ToolkitTest, DrawsWindowsInThemeColoursWithoutASkin) {
     EXPECT_EQ(at(30, 15), Rgb565(style.Colour(ThemeColour::TitleInactive)));
     EXPECT_EQ(at(80, 45), Rgb565(style.Colour(ThemeColour::TitleActive)));  // the upper one covers the lower
     EXPECT_EQ(at(15, 70), Rgb565(style.Colour(ThemeColour::BevelLight)));   // the button's raised edge
+}
+
+TEST_F(ToolkitTest, TheCloseBoxQueuesItsEntryOnlyWhenLetGoOverIt) {
+    struct Case {
+        const char* name;
+        uint32_t flags;
+        bool dialogOnTop;    // a dialog elsewhere takes the active flag
+        Point releaseAt;
+        bool queued;
+    };
+    // The window lies at (100, 100), 200 wide: its close box is 14 pixels at the title bar's right end.
+    const Point box{100 + 200 - 2 - 7, 100 + 9};
+    const Case cases[] = {
+        {"let go over it", 0, false, box, true},
+        {"slid off", 0, false, {150, 150}, false},
+        {"inactive", 0, true, box, false},
+        {"no close box", kWindowNoCloseBox, false, box, false},
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.name);
+        toolkit.Init(*screen);
+        Window* window = toolkit.OpenWindow(7, {100, 100, 200, 150}, c.flags, "closable");
+        if (c.dialogOnTop) toolkit.OpenWindow(8, {500, 400, 100, 100}, 0, "dialog");
+        Send(kGorbButton1Down, box.x, box.y);
+        toolkit.Update();
+        EXPECT_EQ(toolkit.Mode() == MouseMode::WindowPartHeld, c.flags == 0 && !c.dialogOnTop);
+        Send(kGorbMouseMove, c.releaseAt.x, c.releaseAt.y);
+        Send(kGorbButton1Up, c.releaseAt.x, c.releaseAt.y);
+        toolkit.Update();
+        EXPECT_EQ(toolkit.Mode(), MouseMode::Idle);
+        const std::vector<QueueEntry> expected = {{kEntryWindowClose, 7, 0}};
+        EXPECT_EQ(Drain(), c.queued ? expected : std::vector<QueueEntry>{});
+        EXPECT_EQ(window->Rect().x, 100);  // a press on the box never drags the window
+    }
+}
+
+// A menu bar along the top that takes no clicks.
+class BarOnly : public MenuBar {
+public:
+    bool Contains(Point p) const override { return p.y < BarHeight(); }
+    void Press(Point) override {}
+    void Follow(Point) override {}
+    void Choose(Point, CommandQueue&) override {}
+    void Close() override {}
+    int BarHeight() const override { return 20; }
+    void Draw(Painter&, const DrawStyle&) const override {}
+};
+
+TEST_F(ToolkitTest, MaximisingAndResizingChangeTheSizeAndTellTheOwner) {
+    BarOnly bar;
+    toolkit.SetMenuBar(&bar);
+    const Gorb_Rect start{100, 100, 200, 150};
+    const auto open = [&](int& resizes) {
+        toolkit.Init(*screen);
+        Window* window = toolkit.OpenWindow(1, start, kWindowMaximizable | kWindowResizable, "sizes");
+        window->SetResizedHook([&resizes](Window&) { ++resizes; });
+        return window;
+    };
+    const auto clickPart = [&](Window* window, WindowPart part) {
+        const Gorb_Rect box = window->PartRect(part);
+        Click(window->Rect().x + box.x + 2, window->Rect().y + box.y + 2);
+        toolkit.Update();
+    };
+    const auto same = [](const Gorb_Rect& a, const Gorb_Rect& b) {
+        return a.x == b.x && a.y == b.y && a.w == b.w && a.h == b.h;
+    };
+
+    int resizes = 0;
+    Window* window = open(resizes);
+    clickPart(window, WindowPart::Maximize);
+    EXPECT_TRUE(window->Maximized());
+    EXPECT_TRUE(same(window->Rect(), {0, 20, kScreenWidth, kScreenHeight - 20}));
+    clickPart(window, WindowPart::Maximize);
+    EXPECT_FALSE(window->Maximized());
+    EXPECT_TRUE(same(window->Rect(), start));
+    EXPECT_EQ(resizes, 2);
+
+    struct Drag {
+        int dx, dy;
+        int w, h;
+    };
+    const Drag drags[] = {
+        {50, 30, 250, 180},
+        {-500, -500, kWindowMinWidth, kWindowMinHeight},
+        {2000, 2000, kScreenWidth - start.x, kScreenHeight - start.y},
+        {0, 0, 200, 150},  // no change of size: the owner is not told
+    };
+    for (const Drag& d : drags) {
+        resizes = 0;
+        window = open(resizes);
+        const Point grip{start.x + start.w - 3, start.y + start.h - 3};
+        Send(kGorbButton1Down, grip.x, grip.y);
+        Send(kGorbMouseMove, grip.x + d.dx / 2, grip.y + d.dy / 2);
+        Send(kGorbMouseMove, grip.x + d.dx, grip.y + d.dy);
+        Send(kGorbButton1Up, grip.x + d.dx, grip.y + d.dy);
+        toolkit.Update();
+        EXPECT_TRUE(same(window->Rect(), {start.x, start.y, d.w, d.h})) << d.dx << "," << d.dy;
+        EXPECT_EQ(resizes > 0, d.w != start.w || d.h != start.h);
+    }
+    toolkit.SetMenuBar(nullptr);
+}
+
+// Under the pointer with nothing held, buttons, boxes, scroll bars and the
+// title bar boxes draw their hover looks; a held button keeps the others plain.
+TEST_F(ToolkitTest, WidgetsUnderThePointerDrawTheirHoverLook) {
+    SkinLibrary skin(test::BinaryDir() / "skins");
+    skin.LoadSkin("default.skin");
+    struct Case {
+        const char* name;
+        Gorb_Rect area;  // window coordinates; the pointer goes to its middle
+    };
+    const Case cases[] = {
+        {"push button", {10, 30, 80, 20}},
+        {"check box", {10, 60, 80, 16}},
+        {"scroll bar grip", {24, 90, 92, 14}},
+        {"close box", {200 - 16, 2, 14, 14}},
+        {"maximise box", {200 - 32, 2, 14, 14}},
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.name);
+        toolkit.Init(*screen, &skin);
+        Window* window = toolkit.OpenWindow(1, {0, 0, 200, 150}, kWindowMaximizable, "hover");
+        window->Emplace<PushButton>(1, Gorb_Rect{10, 30, 80, 20}, "OK");
+        window->Emplace<CheckBox>(2, Gorb_Rect{10, 60, 80, 16}, "On");
+        window->Emplace<ScrollBar>(false, 3, Gorb_Rect{10, 90, 120, 14});
+        window->Emplace<PushButton>(4, Gorb_Rect{100, 120, 60, 20}, "Held");
+        const auto look = [&](int x, int y) {
+            Send(kGorbMouseMove, x, y);
+            toolkit.Update();
+            toolkit.Draw();
+            return SurfacePixels(*screen, c.area);
+        };
+        const auto away = look(150, 100);
+        const Point middle{c.area.x + c.area.w / 2, c.area.y + c.area.h / 2};
+        EXPECT_NE(look(middle.x, middle.y), away);
+        // Holding another button down: nothing else shows its hover look.
+        Send(kGorbButton1Down, 120, 130);
+        toolkit.Update();
+        EXPECT_EQ(look(middle.x, middle.y), away);
+        Send(kGorbButton1Up, middle.x, middle.y);
+        toolkit.Update();
+    }
 }
 
 }  // namespace

@@ -31,8 +31,8 @@ bool PushButton::KeyPress(WidgetContext& context, const Gorb_Event& event) {
 
 void PushButton::Draw(Painter& painter, const DrawStyle& style) const {
     const Gorb_Rect local{0, 0, Rect().w, Rect().h};
-    const std::string look = "B" + std::string(SkinTypeName(Kind())) + (!Enabled() ? "_D" : down_ ? "_P" : "");
-    if (!style.DrawItem(painter, look, local)) {
+    const std::string base = "B" + std::string(SkinTypeName(Kind()));
+    if (!style.DrawStateItem(painter, base, LookState(Enabled(), down_, style.Hovers(*this)), local)) {
         painter.Fill(local, style.Colour(ThemeColour::WindowBody));
         painter.Bevel(local, style.Colour(ThemeColour::BevelLight), style.Colour(ThemeColour::BevelDark),
                       down_ ? BevelStyle::Sunken : BevelStyle::Raised);

@@ -58,8 +58,8 @@ void ScrollBar::Draw(Painter& painter, const DrawStyle& style) const {
     for (const int part : {kArrowLess, kArrowMore}) {
         const bool down = HeldPart() == part;
         const Gorb_Rect where = Span(part == kArrowLess ? 0 : Length() - arrow, arrow);
-        const char* state = !Enabled() ? "_D" : down ? "_P" : "";
-        if (style.DrawItem(painter, Key('S', part == kArrowLess ? "_ARROW" : "_ARROW2", state), where)) continue;
+        const auto state = LookState(Enabled(), down, style.Hovers(*this, part));
+        if (style.DrawStateItem(painter, Key('S', part == kArrowLess ? "_ARROW" : "_ARROW2", ""), state, where)) continue;
         painter.Fill(where, style.Colour(ThemeColour::WindowBody));
         painter.Bevel(where, style.Colour(ThemeColour::BevelLight), style.Colour(ThemeColour::BevelDark),
                       down ? BevelStyle::Sunken : BevelStyle::Raised);
@@ -69,7 +69,8 @@ void ScrollBar::Draw(Painter& painter, const DrawStyle& style) const {
     }
     const bool grabbed = HeldPart() == kGrip;
     const Gorb_Rect grip = Span(GripStart(), GripLength());
-    if (!style.DrawItem(painter, Key(Vertical() ? 'V' : 'H', "_GRIP", grabbed ? "_P" : ""), grip)) {
+    const auto gripState = LookState(true, grabbed, Enabled() && style.Hovers(*this, kGrip));
+    if (!style.DrawStateItem(painter, Key(Vertical() ? 'V' : 'H', "_GRIP", ""), gripState, grip)) {
         painter.Fill(grip, style.Colour(grabbed ? ThemeColour::Selection : ThemeColour::WindowBody));
         painter.Bevel(grip, style.Colour(ThemeColour::BevelLight), style.Colour(ThemeColour::BevelDark));
     }

@@ -13,17 +13,10 @@ namespace sondrel {
 namespace {
 
 constexpr int kPadding = 3;
-constexpr int kPlainCharWidth = 8;  // per character before a font has been drawn with
-
-bool Printable(uint16_t character) { return character >= 32 && character != 127 && character <= 255; }
 
 }  // namespace
 
-void TextLine::SetText(std::string text) {
-    if (text.size() > maxLength_) text.resize(maxLength_);
-    text_ = std::move(text);
-    cursor_ = anchor_ = text_.size();
-}
+void TextLine::SetText(std::string text) { edit_.SetText(std::move(text)); }
 
 void TextLine::SetNumeric(int32_t minimum, int32_t maximum) {
     numeric_ = true;
@@ -39,8 +32,8 @@ void TextLine::SetNumber(int32_t number) {
 int32_t TextLine::Value() const {
     if (!numeric_) return 0;
     int64_t number = 0;
-    const char* end = text_.data() + text_.size();
-    std::from_chars(text_.data(), end, number);
+    const std::string& text = edit_.Text();
+    std::from_chars(text.data(), text.data() + text.size(), number);
     return static_cast<int32_t>(std::clamp<int64_t>(number, minimum_, maximum_));
 }
 
@@ -58,7 +51,7 @@ void TextLine::Press(WidgetContext& context, Point p, int part) {
         Step(stepping_ == kPartPlus ? 1 : -1);
         return;
     }
-    MoveTo(PositionAt(p.x), (context.modifiers & kGorbShift) != 0);
+    edit_.MoveTo(PositionAt(p.x), (context.modifiers & kGorbShift) != 0);
 }
 
 void TextLine::Release(WidgetContext&, Point, int) { buttonDown_ = false; }
@@ -67,7 +60,7 @@ void TextLine::Drag(WidgetContext&, Point p) {
     if (stepping_ != kNoPart)
         buttonDown_ = HitTest(p) == stepping_;
     else
-        MoveTo(PositionAt(p.x), true);
+        edit_.MoveTo(PositionAt(p.x), true);
 }
 
 void TextLine::Repeat(WidgetContext&) {
@@ -86,91 +79,42 @@ bool TextLine::KeyPress(WidgetContext& context, const Gorb_Event& event) {
         context.queue.PushEntry(kEntryTextReturn, Id(), static_cast<uint32_t>(numeric_ ? Value() : 0));
         return true;
     }
-    const std::string before = text_;
+    const std::string before = Text();
     EditKey(context, event);
-    if (text_ != before) context.queue.PushEntry(kEntryTextChanged, Id(), static_cast<uint32_t>(text_.size()));
+    if (Text() != before) context.queue.PushEntry(kEntryTextChanged, Id(), static_cast<uint32_t>(Text().size()));
     return true;
 }
 
 void TextLine::EditKey(WidgetContext& context, const Gorb_Event& event) {
     const bool shift = (context.modifiers & kGorbShift) != 0;
-    const bool ctrl = (context.modifiers & kGorbCtrl) != 0;
     switch (event.key) {
-        case kKeyLeft: MoveTo(cursor_ > 0 ? cursor_ - 1 : 0, shift); return;
-        case kKeyRight: MoveTo(std::min(cursor_ + 1, text_.size()), shift); return;
-        case kKeyHome: MoveTo(0, shift); return;
-        case kKeyEnd: MoveTo(text_.size(), shift); return;
+        case kKeyHome: edit_.MoveTo(0, shift); return;
+        case kKeyEnd: edit_.MoveTo(Text().size(), shift); return;
         case kKeyUp:
         case kKeyDown:
             if (numeric_) Step(event.key == kKeyUp ? 1 : -1);
             return;
-        case kKeyBackspace:
-        case kKeyDelete:
-            if (anchor_ == cursor_) {
-                if (event.key == kKeyBackspace && cursor_ > 0) anchor_ = cursor_ - 1;
-                if (event.key == kKeyDelete && cursor_ < text_.size()) anchor_ = cursor_ + 1;
-            }
-            EraseSelection();
-            return;
         default: break;
     }
-    if (ctrl) {
-        const std::string selected = text_.substr(SelectionStart(), SelectionEnd() - SelectionStart());
-        if (event.key == kKeyA) {
-            anchor_ = 0;
-            cursor_ = text_.size();
-        } else if ((event.key == kKeyC || event.key == kKeyX) && clipboard_ != nullptr && !selected.empty()) {
-            clipboard_->SetText(selected);
-            if (event.key == kKeyX) EraseSelection();
-        } else if (event.key == kKeyV && clipboard_ != nullptr) {
-            Insert(clipboard_->Text());
-        }
-        return;
-    }
-    if (Printable(event.character)) Insert(std::string(1, static_cast<char>(event.character)));
+    // Numeric mode keeps digits, and a minus sign when the range goes below zero.
+    const auto numeric = [this](char c) {
+        return (c >= '0' && c <= '9') || (c == '-' && minimum_ < 0) ? c : '\0';
+    };
+    edit_.CommonKey(event.key, event.character, context.modifiers, clipboard_, false,
+                    numeric_ ? TextEdit::Filter(numeric) : TextEdit::Filter{});
 }
 
 void TextLine::FocusGained(WidgetContext&, bool byTab) {
     focused_ = true;
     // Tabbing in selects everything, so typing replaces it.
-    if (byTab) {
-        anchor_ = 0;
-        cursor_ = text_.size();
-    }
+    if (byTab) edit_.SelectAll();
 }
 
 void TextLine::FocusLost(WidgetContext& context) {
     focused_ = false;
     if (numeric_) SetNumber(Value());
-    anchor_ = cursor_;
+    edit_.Deselect();
     context.queue.PushEntry(kEntryValue, Id(), static_cast<uint32_t>(Value()));
-}
-
-void TextLine::Insert(const std::string& text) {
-    std::string kept;
-    for (char c : text) {
-        if (!Printable(static_cast<unsigned char>(c))) continue;
-        if (filter_) c = filter_(c);
-        if (numeric_ && !(c >= '0' && c <= '9') && !(c == '-' && minimum_ < 0)) c = 0;
-        if (c != 0) kept.push_back(c);
-    }
-    EraseSelection();
-    const std::size_t room = maxLength_ - std::min(maxLength_, text_.size());
-    if (kept.size() > room) kept.resize(room);
-    text_.insert(cursor_, kept);
-    cursor_ += kept.size();
-    anchor_ = cursor_;
-}
-
-void TextLine::EraseSelection() {
-    const std::size_t start = SelectionStart();
-    text_.erase(start, SelectionEnd() - start);
-    cursor_ = anchor_ = start;
-}
-
-void TextLine::MoveTo(std::size_t position, bool extend) {
-    cursor_ = std::min(position, text_.size());
-    if (!extend) anchor_ = cursor_;
 }
 
 Gorb_Rect TextLine::TextArea() const {
@@ -178,33 +122,20 @@ Gorb_Rect TextLine::TextArea() const {
     return {kPadding, 0, std::max(0, Rect().w - 2 * kPadding - buttons), Rect().h};
 }
 
-int TextLine::TextX(std::size_t position) const {
-    const std::string prefix = text_.substr(0, position);
-    return font_ != nullptr ? Painter::TextWidth(*font_, prefix) : static_cast<int>(position) * kPlainCharWidth;
-}
+int TextLine::TextX(std::size_t position) const { return PrefixWidth(font_, Text(), position); }
 
 std::size_t TextLine::PositionAt(int x) const {
-    const int local = x - Rect().x - TextArea().x + scroll_;
-    std::size_t best = 0;
-    for (std::size_t i = 1; i <= text_.size(); ++i)
-        if (std::abs(TextX(i) - local) < std::abs(TextX(best) - local)) best = i;
-    return best;
+    return NearestBoundary(font_, Text(), x - Rect().x - TextArea().x + scroll_);
 }
 
 void TextLine::Draw(Painter& painter, const DrawStyle& style) const {
     font_ = style.font;
     const Gorb_Rect local{0, 0, Rect().w, Rect().h};
-    const std::string kind(SkinTypeName(Kind()));
-    const std::string state = !Enabled() ? "_D" : focused_ ? "_F" : "";
-    if (!style.DrawItem(painter, "B" + kind + state, local)) {
-        painter.Fill(local, style.Colour(focused_ ? ThemeColour::Background : ThemeColour::WindowBody));
-        painter.Bevel(local, style.Colour(ThemeColour::BevelLight), style.Colour(ThemeColour::BevelDark),
-                      BevelStyle::Sunken);
-    }
+    DrawEntryBody(painter, style, Kind(), Enabled(), focused_, local);
 
     // Keep the cursor inside the text area.
     const Gorb_Rect area = TextArea();
-    const int cursorX = TextX(cursor_);
+    const int cursorX = TextX(Cursor());
     if (cursorX - scroll_ > area.w - 1) scroll_ = cursorX - area.w + 1;
     if (cursorX < scroll_) scroll_ = cursorX;
     {
@@ -212,19 +143,13 @@ void TextLine::Draw(Painter& painter, const DrawStyle& style) const {
         const int h = area.h - 4;
         if (focused_ && SelectionStart() != SelectionEnd()) {
             const int from = TextX(SelectionStart());
-            const Gorb_Rect selection{from - scroll_, 2, TextX(SelectionEnd()) - from, h};
-            if (!style.DrawItem(painter, "B" + kind + "_SEL", selection))
-                painter.Fill(selection, style.Colour(ThemeColour::Selection));
+            DrawEntrySelection(painter, style, Kind(), {from - scroll_, 2, TextX(SelectionEnd()) - from, h});
         }
         if (style.font != nullptr) {
             const ThemeColour colour = Enabled() ? ThemeColour::Text : ThemeColour::TextDisabled;
-            painter.Text(*style.font, -scroll_, (area.h - style.font->Height()) / 2, text_, style.Colour(colour));
+            painter.Text(*style.font, -scroll_, (area.h - style.font->Height()) / 2, Text(), style.Colour(colour));
         }
-        if (focused_) {
-            const Gorb_Rect cursor{cursorX - scroll_, 2, 1, h};
-            if (!style.DrawItem(painter, "S" + kind + "_CUR", cursor))
-                painter.Fill(cursor, style.Colour(ThemeColour::Text));
-        }
+        if (focused_) DrawEntryCursor(painter, style, Kind(), {cursorX - scroll_, 2, 1, h});
     }
     if (!numeric_) return;
     const int half = Rect().h / 2;
@@ -236,7 +161,7 @@ void TextLine::Draw(Painter& painter, const DrawStyle& style) const {
                    {kPartMinus, "_MINUS", {Rect().w - kButtonWidth, half, kButtonWidth, Rect().h - half}}};
     for (const auto& button : buttons) {
         const bool down = buttonDown_ && stepping_ == button.part;
-        const std::string look = "S" + kind + button.name + (!Enabled() ? "_D" : down ? "_P" : "");
+        const std::string look = "S" + std::string(SkinTypeName(Kind())) + button.name + (!Enabled() ? "_D" : down ? "_P" : "");
         if (style.DrawItem(painter, look, button.rect)) continue;
         painter.Fill(button.rect, style.Colour(ThemeColour::WindowBody));
         painter.Bevel(button.rect, style.Colour(ThemeColour::BevelLight), style.Colour(ThemeColour::BevelDark),

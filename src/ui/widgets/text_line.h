@@ -10,27 +10,16 @@
 // plus and a minus button at its right end; holding one steps the number
 // every tick, and letting go commits it.
 
-#include <algorithm>
 #include <cstddef>
 #include <cstdint>
-#include <functional>
 #include <string>
 
 #include "ui/widget.h"
+#include "ui/widgets/text_edit.h"
 
 namespace sondrel {
 
-class Gorb_Font;
-
-// Where cut and copied text goes; the program hands in the platform's.
-class Clipboard {
-public:
-    virtual ~Clipboard() = default;
-    virtual std::string Text() const = 0;
-    virtual void SetText(const std::string& text) = 0;
-};
-
-class TextLine : public Widget {
+class TextLine : public Widget, public TextKeys {
 public:
     // Hit test parts in numeric mode.
     static constexpr int kPartText = 0;
@@ -38,35 +27,17 @@ public:
     static constexpr int kPartMinus = 2;
     static constexpr int kButtonWidth = 12;
 
-    // Key codes the entry edits with.
-    static constexpr uint16_t kKeyBackspace = 0x0E;
-    static constexpr uint16_t kKeyEscape = 0x01;
-    static constexpr uint16_t kKeyEnter = 0x1C;
-    static constexpr uint16_t kKeyPadEnter = 0x9C;
-    static constexpr uint16_t kKeyHome = 0xC7;
-    static constexpr uint16_t kKeyUp = 0xC8;
-    static constexpr uint16_t kKeyLeft = 0xCB;
-    static constexpr uint16_t kKeyRight = 0xCD;
-    static constexpr uint16_t kKeyEnd = 0xCF;
-    static constexpr uint16_t kKeyDown = 0xD0;
-    static constexpr uint16_t kKeyDelete = 0xD3;
-    static constexpr uint16_t kKeyA = 0x1E;
-    static constexpr uint16_t kKeyC = 0x2E;
-    static constexpr uint16_t kKeyV = 0x2F;
-    static constexpr uint16_t kKeyX = 0x2D;
-
-    // A typed or pasted character maps to what is stored, or to 0 to leave it out.
-    using Filter = std::function<char(char)>;
+    using Filter = TextEdit::Filter;
 
     TextLine(uint16_t id, const Gorb_Rect& rect, std::size_t maxLength = 255)
-        : Widget(WidgetKind::TextLine, id, rect), maxLength_(maxLength) {}
+        : Widget(WidgetKind::TextLine, id, rect), edit_(maxLength, false) {}
 
-    const std::string& Text() const { return text_; }
+    const std::string& Text() const { return edit_.Text(); }
     // Cut to the maximum length; the cursor goes to the end, the selection away.
     void SetText(std::string text);
-    std::size_t MaxLength() const { return maxLength_; }
+    std::size_t MaxLength() const { return edit_.MaxLength(); }
     void SetClipboard(Clipboard* clipboard) { clipboard_ = clipboard; }
-    void SetFilter(Filter filter) { filter_ = std::move(filter); }
+    void SetFilter(Filter filter) { edit_.SetFilter(std::move(filter)); }
 
     // Numeric mode with the number kept within [minimum, maximum].
     void SetNumeric(int32_t minimum, int32_t maximum);
@@ -75,10 +46,10 @@ public:
     // The number shown (clamped to the range), 0 outside numeric mode.
     int32_t Value() const override;
 
-    std::size_t Cursor() const { return cursor_; }
+    std::size_t Cursor() const { return edit_.Cursor(); }
     // The selected characters are [SelectionStart, SelectionEnd); empty when equal.
-    std::size_t SelectionStart() const { return std::min(anchor_, cursor_); }
-    std::size_t SelectionEnd() const { return std::max(anchor_, cursor_); }
+    std::size_t SelectionStart() const { return edit_.SelectionStart(); }
+    std::size_t SelectionEnd() const { return edit_.SelectionEnd(); }
     bool HasFocus() const { return focused_; }
 
     int HitTest(Point p) const override;
@@ -93,12 +64,7 @@ public:
     void Draw(Painter& painter, const DrawStyle& style) const override;
 
 private:
-    // Inserts text at the cursor in place of the selection, filtered and cut to fit.
     void EditKey(WidgetContext& context, const Gorb_Event& event);
-    void Insert(const std::string& text);
-    void EraseSelection();
-    // Moves the cursor; with extend the anchor stays, otherwise it follows.
-    void MoveTo(std::size_t position, bool extend);
     void Step(int direction);
     // The text area in widget coordinates.
     Gorb_Rect TextArea() const;
@@ -106,12 +72,8 @@ private:
     // The character boundary nearest window x.
     std::size_t PositionAt(int x) const;
 
-    std::string text_;
-    std::size_t maxLength_;
-    std::size_t cursor_ = 0;
-    std::size_t anchor_ = 0;
+    TextEdit edit_;
     Clipboard* clipboard_ = nullptr;
-    Filter filter_;
     bool focused_ = false;
     bool numeric_ = false;
     int32_t minimum_ = 0;

@@ -46,8 +46,7 @@ void ToggleWidget::ClearGroup() {
 
 bool ToggleWidget::DrawLook(Painter& painter, const DrawStyle& style, const Gorb_Rect& rect) const {
     const std::string base = "B" + std::string(SkinTypeName(Kind())) + (on_ ? "_T" : "");
-    if (!Enabled() && style.DrawItem(painter, base + "_D", rect)) return true;
-    return style.DrawItem(painter, base, rect);
+    return style.DrawStateItem(painter, base, LookState(Enabled(), false, style.Hovers(*this)), rect);
 }
 
 void ToggleWidget::Draw(Painter& painter, const DrawStyle& style) const {

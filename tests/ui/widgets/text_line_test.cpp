@@ -8,31 +8,13 @@
 
 #include "test_support.h"
 #include "ui/entry_kinds.h"
-#include "ui/queued_input.h"
 #include "ui/skin/skin_library.h"
 #include "ui/surface_pixels.h"
 #include "ui/toolkit.h"
+#include "ui/widget_events.h"
 
 namespace sondrel {
 namespace {
-
-class FakeClipboard : public Clipboard {
-public:
-    std::string Text() const override { return text; }
-    void SetText(const std::string& value) override { text = value; }
-    std::string text;
-};
-
-// A keystroke: its key code, the character it types and the modifiers held.
-struct Stroke {
-    uint16_t key;
-    uint16_t character = 0;
-    uint32_t modifiers = 0;
-};
-
-Stroke Type(char c) { return {0x10, static_cast<uint16_t>(c)}; }
-Stroke Ctrl(uint16_t key) { return {key, 0, kGorbLeftCtrl}; }
-Stroke Shift(uint16_t key) { return {key, 0, kGorbLeftShift}; }
 
 class TextLineTest : public ::testing::Test {
 protected:
@@ -45,36 +27,9 @@ protected:
         line->SetClipboard(&clipboard);
         toolkit.Focus(window, line);
     }
-    void Mouse(int type, int x, int y, uint32_t modifiers = 0) {
-        Gorb_Event event;
-        event.type = type;
-        event.x = x;
-        event.y = y;
-        input.events.push_back(event);
-        input.modifiers = modifiers;
-        toolkit.Update();
-    }
-    void Click(int x, int y, uint32_t modifiers = 0) {
-        Mouse(kGorbButton1Down, x, y, modifiers);
-        Mouse(kGorbButton1Up, x, y, modifiers);
-    }
-    // Presses each stroke and returns whether the entry took every one.
-    bool Keys(const std::vector<Stroke>& strokes) {
-        bool allTaken = true;
-        for (const Stroke& s : strokes) {
-            Gorb_Event event;
-            event.type = kGorbKeyDown;
-            event.key = s.key;
-            event.character = s.character;
-            input.modifiers = s.modifiers;
-            input.events.push_back(event);
-            toolkit.Update();
-            while (const QueueEntry* entry = toolkit.PopEntry())
-                if (entry->kind == kEntryKeyDown) allTaken = allTaken && KeyTaken(entry->b);
-        }
-        input.modifiers = 0;
-        return allTaken;
-    }
+    void Mouse(int type, int x, int y, uint32_t modifiers = 0) { events.Mouse(type, x, y, modifiers); }
+    void Click(int x, int y, uint32_t modifiers = 0) { events.Click(x, y, modifiers); }
+    bool Keys(const std::vector<Stroke>& strokes) { return events.Keys(strokes); }
     bool Typed(const std::string& text) {
         std::vector<Stroke> strokes;
         for (char c : text) strokes.push_back(Type(c));
@@ -95,6 +50,7 @@ protected:
     TextLine* line = nullptr;
     TextLine* other = nullptr;
     FakeClipboard clipboard;
+    WidgetEvents events{input, toolkit};
 };
 
 TEST_F(TextLineTest, EditingKeysChangeTextCursorAndSelection) {
@@ -144,19 +100,9 @@ TEST_F(TextLineTest, EditsReturnAndLosingTheFocusQueueEntries) {
     EXPECT_FALSE(Keys({{TextLine::kKeyEscape}}));  // left for the dialog
     // Each stroke that changes the text tells its length; moving the cursor
     // tells nothing; Return tells the number in numeric mode.
-    const auto notes = [&](std::vector<Stroke> strokes) {
-        std::vector<QueueEntry> out;
-        for (const Stroke& s : strokes) {
-            Gorb_Event event;
-            event.type = kGorbKeyDown;
-            event.key = s.key;
-            event.character = s.character;
-            input.events.push_back(event);
-            toolkit.Update();
-            while (const QueueEntry* entry = toolkit.PopEntry())
-                if (entry->kind != kEntryKeyDown) out.push_back(*entry);
-        }
-        return out;
+    const auto notes = [&](const std::vector<Stroke>& strokes) {
+        Keys(strokes);
+        return events.Drain();
     };
     EXPECT_EQ(notes({Type('a'), Type('b'), {TextLine::kKeyLeft}, {TextLine::kKeyBackspace}, {TextLine::kKeyEnter}}),
               (std::vector<QueueEntry>{{kEntryTextChanged, 7, 1}, {kEntryTextChanged, 7, 2},
