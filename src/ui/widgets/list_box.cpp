@@ -97,6 +97,14 @@ int ListBox::VisibleLines() const {
     return std::max(1, (Rect().h - 2 * kBorder - HeaderHeight()) / lineHeight_);
 }
 
+void ListBox::FitBar() const {
+    const int header = HeaderHeight();
+    const Gorb_Rect& r = Rect();
+    bar_.Fit({r.x + r.w - kBorder - AttachedScrollBar::kWidth, r.y + kBorder + header, AttachedScrollBar::kWidth,
+              r.h - 2 * kBorder - header},
+             LineCount(), VisibleLines(), top_, Enabled());
+}
+
 void ListBox::SetTop(int line) { top_ = std::clamp(line, 0, std::max(0, LineCount() - VisibleLines())); }
 
 void ListBox::ScrollTo(int line) {
@@ -137,7 +145,20 @@ void ListBox::Notify(WidgetContext& context, bool activate) const {
     if (activate) context.queue.PushEntry(kEntryListActivate, Id(), static_cast<uint32_t>(current_));
 }
 
-void ListBox::Press(WidgetContext& context, Point p, int) {
+int ListBox::HitTest(Point p) const {
+    if (!Contains(Rect(), p)) return kNoPart;
+    FitBar();
+    const int part = bar_.HitTest(p);
+    return part != kNoPart ? part : 0;
+}
+
+void ListBox::Press(WidgetContext& context, Point p, int part) {
+    if (AttachedScrollBar::OnBar(part)) {
+        FitBar();
+        bar_.Press(context, p, part);
+        SetTop(bar_.Top());
+        return;
+    }
     const int line = LineAt(p);
     if (line < 0) return;
     const bool shift = extended_ && (context.modifiers & kGorbShift) != 0;
@@ -156,6 +177,18 @@ void ListBox::Press(WidgetContext& context, Point p, int) {
     lastPressTime_ = context.now;
     Notify(context, twice);
 }
+
+void ListBox::Drag(WidgetContext& context, Point p) {
+    bar_.Drag(context, p);
+    if (bar_.Held()) SetTop(bar_.Top());
+}
+
+void ListBox::Repeat(WidgetContext& context) {
+    bar_.Repeat(context);
+    if (bar_.Held()) SetTop(bar_.Top());
+}
+
+void ListBox::Release(WidgetContext& context, Point p, int) { bar_.Release(context, p); }
 
 bool ListBox::KeyPress(WidgetContext& context, const Gorb_Event& event) {
     if (LineCount() == 0) return false;
@@ -212,7 +245,8 @@ void ListBox::Draw(Painter& painter, const DrawStyle& style) const {
         painter.Bevel(local, style.Colour(ThemeColour::BevelLight), style.Colour(ThemeColour::BevelDark),
                       BevelStyle::Sunken);
     }
-    const int inner = local.w - kBorder;
+    FitBar();
+    const int inner = local.w - kBorder - bar_.Width();
     if (HeaderHeight() > 0) DrawHeader(painter, style, inner);
     const bool active = Owner() == nullptr || Owner()->Active();
     const ThemeColour selection = !skinned ? (active ? ThemeColour::TitleActive : ThemeColour::TitleInactive)
@@ -238,6 +272,7 @@ void ListBox::Draw(Painter& painter, const DrawStyle& style) const {
             x += columns_[c].width;
         }
     }
+    bar_.Draw(painter, style, Rect());
 }
 
 }  // namespace sondrel

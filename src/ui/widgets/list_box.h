@@ -6,6 +6,8 @@
 // presses on the same line within kDoubleClickSeconds make a double click.
 // The wheel scrolls it; when focused, Up, Down, PageUp, PageDown, Home and
 // End move the current line. Every selection queues a list line entry.
+// While there are more lines than fit, a scroll bar inside the right edge
+// scrolls them too, and the columns give up its width.
 
 #include <cstdint>
 #include <string>
@@ -13,6 +15,7 @@
 #include <vector>
 
 #include "ui/widget.h"
+#include "ui/widgets/attached_scroll_bar.h"
 
 namespace sondrel {
 
@@ -66,13 +69,19 @@ public:
     int LineAt(Point p) const;
 
     int32_t Value() const override { return current_; }
+    int HitTest(Point p) const override;
     void Press(WidgetContext& context, Point p, int part) override;
+    void Drag(WidgetContext& context, Point p) override;
+    void Repeat(WidgetContext& context) override;
+    void Release(WidgetContext& context, Point p, int part) override;
     bool KeyPress(WidgetContext& context, const Gorb_Event& event) override;
     bool Wheel(WidgetContext& context, int delta) override;
     void Draw(Painter& painter, const DrawStyle& style) const override;
 
 private:
     int HeaderHeight() const;
+    // Lays the scroll bar out for the lines and the top line as they are now.
+    void FitBar() const;
     void ScrollTo(int line);
     // Selects the lines from the anchor to line, or only line without an anchor.
     void SelectRange(int line);
@@ -90,6 +99,7 @@ private:
     int anchor_ = -1;
     int lastPressLine_ = -1;
     double lastPressTime_ = 0;
+    mutable AttachedScrollBar bar_;
 };
 
 }  // namespace sondrel

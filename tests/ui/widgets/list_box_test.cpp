@@ -196,6 +196,34 @@ TEST_F(ListBoxTest, WheelScrollsWithinTheLines) {
     EXPECT_EQ(Selection(), (std::set<int>{10}));
 }
 
+TEST_F(ListBoxTest, AttachedScrollBarMovesTheTopLineInStepWithTheKeys) {
+    // Eight of twenty lines show, so the bar stands at x 194-207, y 12-107,
+    // with 14-pixel arrows and a 27-pixel grip on the 68-pixel track.
+    const int x = 200;
+    const auto click = [&](int y) {
+        Send(kGorbButton1Down, {x, y});
+        Send(kGorbButton1Up, {x, y});
+    };
+    click(100);  // the lower arrow
+    EXPECT_EQ(list->Top(), 1);
+    Send(kGorbButton1Down, {x, 40});  // the grip, dragged to the bottom
+    Send(kGorbMouseMove, {x, 107});
+    EXPECT_EQ(list->Top(), 12);
+    Send(kGorbButton1Up, {x, 107});
+    EXPECT_EQ(list->Current(), -1);
+    EXPECT_TRUE(Drain().empty());
+    // The bar starts from where the keys left the list.
+    Key(kKeyHome);
+    click(100);
+    EXPECT_EQ(list->Top(), 1);
+    click(15);  // the upper arrow
+    EXPECT_EQ(list->Top(), 0);
+    // With every line shown there is no bar: the click selects a line.
+    list->SetLines({{ListCell{1}}, {ListCell{2}}});
+    click(20);
+    EXPECT_EQ(list->Current(), 0);
+}
+
 TEST_F(ListBoxTest, DisabledListIgnoresClicksKeysAndTheWheel) {
     list->Select(2);
     list->SetEnabled(false);
