@@ -63,57 +63,90 @@ void UndoHistory::RestoreLineRecords(const UndoEntry& entry) {
     }
 }
 
-void UndoHistory::TakeBack(const UndoEntry& entry, UndoView& view) {
+// Redo takes the same steps as undo with the "after" data, except where it
+// performs the change again: block clears, instrument changes, channel
+// copies, moves and the making and deleting of patterns.
+void UndoHistory::Apply(const UndoEntry& entry, bool redo, UndoView& view) {
     Module& module = *module_;
     Pattern& pattern = module.patterns[entry.pattern];
+    const EditorPosition& position = redo ? entry.positionAfter : entry.positionBefore;
     switch (entry.kind) {
     case UndoKind::LineRange:
-        LoadLines(pattern, entry.firstLine, entry.lines, entry.storeStart);
-        view.RestoreState(entry.positionBefore);
+        LoadLines(pattern, entry.firstLine, entry.lines, entry.storeStart + (redo ? entry.lines : 0));
+        view.RestoreState(position);
         view.RedrawLines(entry.firstLine - 1, entry.firstLine + entry.lines);
         break;
     case UndoKind::WholePattern:
-        pattern.length = entry.lines;
-        LoadLines(pattern, 0, entry.lines, entry.storeStart);
-        view.RestoreState(entry.positionBefore);
-        RedrawAround(view, entry.positionBefore);
+        pattern.length = redo ? entry.linesAfter : entry.lines;
+        LoadLines(pattern, 0, pattern.length, entry.storeStart + (redo ? entry.lines : 0));
+        view.RestoreState(position);
+        RedrawAround(view, position);
         break;
     case UndoKind::Block:
-        LoadLines(pattern, entry.firstLine, entry.lines, entry.storeStart);
+        if (redo) {
+            ClearBlock(pattern, entry.rect);
+        } else {
+            LoadLines(pattern, entry.firstLine, entry.lines, entry.storeStart);
+        }
         view.RestoreState(entry.positionBefore);
         view.RedrawLines(entry.firstLine, entry.firstLine + entry.lines - 1);
         break;
     case UndoKind::PatternListEntry:
-        module.patternList[entry.listPosition] = entry.valueBefore;
+        module.patternList[entry.listPosition] = redo ? entry.valueAfter : entry.valueBefore;
         view.SetListPosition(entry.listPosition);
         break;
-    case UndoKind::PatternListMove:
+    case UndoKind::PatternListMove: {
         SwapMovedEntries(module, entry);
-        view.SetListPosition(entry.listPosition);
+        int movedTo = entry.valueBefore ? entry.listPosition - 1 : entry.listPosition + 1;
+        view.SetListPosition(redo ? movedTo : entry.listPosition);
         break;
+    }
     case UndoKind::PatternListWhole:
-        module.patternListLength = entry.listLengthBefore;
-        module.repeatPosition = entry.repeatBefore;
-        LoadList(entry.storeStart);
-        view.SetListPosition(entry.viewBefore);
+        module.patternListLength = redo ? entry.listLengthAfter : entry.listLengthBefore;
+        module.repeatPosition = redo ? entry.repeatAfter : entry.repeatBefore;
+        LoadList(entry.storeStart + (redo ? kListSlots : 0));
+        view.SetListPosition(redo ? entry.viewAfter : entry.viewBefore);
         break;
     case UndoKind::ChangeInstruments:
+        if (!redo) {
+            RestoreLineRecords(entry);
+            break;
+        }
+        for (uint32_t r = 0; r < entry.records; ++r) {
+            const uint8_t* in = Record(entry, r);
+            ChangeLineInstruments(module.patterns[in[0]].lines[in[1]], SavedChange(entry));
+        }
+        break;
     case UndoKind::CopyChannels:
         RestoreLineRecords(entry);
+        for (uint32_t r = 0; redo && r < entry.records; ++r) {
+            const uint8_t* in = Record(entry, r);
+            PatternLine& line = module.patterns[in[0]].lines[in[1]];
+            if (!ChannelsEmpty(line, SavedCopy(entry))) CopyLineChannels(line, SavedCopy(entry));
+        }
         break;
     case UndoKind::PatternSettings:
-        RestorePatternHeader(entry.pattern, entry.storeStart, 0, entry.storeStart + 1);
+        RestorePatternHeader(entry.pattern, entry.storeStart, redo ? kPatternHeaderBytes : 0,
+                             entry.storeStart + (redo ? 2 : 1));
         break;
     case UndoKind::Instruments:
-        LoadInstruments(entry.storeStart);
+        LoadInstruments(entry.storeStart + (redo ? 2 * kInstruments : 0));
         break;
     case UndoKind::NewPattern:
-        view.SetListPosition(DeletePattern(module, entry.listPosition));
+        if (redo) {
+            RecreatePattern(entry, entry.linesAfter);
+            InsertListEntry(module, entry.listPosition, entry.pattern);
+            view.SetListPosition(entry.listPosition);
+        } else {
+            view.SetListPosition(DeletePattern(module, entry.listPosition));
+        }
         break;
     case UndoKind::DeletePattern:
-        module.CreatePattern(entry.pattern);
-        RestorePatternHeader(entry.pattern, entry.storeStart, 0, entry.storeStart + 1);
-        pattern.length = entry.lines;
+        if (redo) {
+            view.SetListPosition(DeletePattern(module, entry.listPosition));
+            break;
+        }
+        RecreatePattern(entry, entry.lines);
         LoadList(entry.storeStart + 2);
         // The lines are read at the history's current store position, not at
         // the entry's own data: the header, length and list come back, the
@@ -124,81 +157,16 @@ void UndoHistory::TakeBack(const UndoEntry& entry, UndoView& view) {
         view.SetListPosition(entry.listPosition);
         break;
     case UndoKind::RepeatPosition:
-        module.repeatPosition = entry.valueBefore;
+        module.repeatPosition = redo ? entry.valueAfter : entry.valueBefore;
         break;
     }
 }
 
-void UndoHistory::DoAgain(const UndoEntry& entry, UndoView& view) {
-    Module& module = *module_;
-    Pattern& pattern = module.patterns[entry.pattern];
-    switch (entry.kind) {
-    case UndoKind::LineRange:
-        LoadLines(pattern, entry.firstLine, entry.lines, entry.storeStart + entry.lines);
-        view.RestoreState(entry.positionAfter);
-        view.RedrawLines(entry.firstLine - 1, entry.firstLine + entry.lines);
-        break;
-    case UndoKind::WholePattern:
-        pattern.length = entry.linesAfter;
-        LoadLines(pattern, 0, entry.linesAfter, entry.storeStart + entry.lines);
-        view.RestoreState(entry.positionAfter);
-        RedrawAround(view, entry.positionAfter);
-        break;
-    case UndoKind::Block:
-        ClearBlock(pattern, entry.rect);
-        view.RestoreState(entry.positionBefore);
-        view.RedrawLines(entry.firstLine, entry.firstLine + entry.lines - 1);
-        break;
-    case UndoKind::PatternListEntry:
-        module.patternList[entry.listPosition] = entry.valueAfter;
-        view.SetListPosition(entry.listPosition);
-        break;
-    case UndoKind::PatternListMove:
-        SwapMovedEntries(module, entry);
-        view.SetListPosition(entry.valueBefore ? entry.listPosition - 1 : entry.listPosition + 1);
-        break;
-    case UndoKind::PatternListWhole:
-        module.patternListLength = entry.listLengthAfter;
-        module.repeatPosition = entry.repeatAfter;
-        LoadList(entry.storeStart + kListSlots);
-        view.SetListPosition(entry.viewAfter);
-        break;
-    case UndoKind::ChangeInstruments: {
-        for (uint32_t r = 0; r < entry.records; ++r) {
-            const uint8_t* in = Record(entry, r);
-            ChangeLineInstruments(module.patterns[in[0]].lines[in[1]], SavedChange(entry));
-        }
-        break;
-    }
-    case UndoKind::CopyChannels: {
-        RestoreLineRecords(entry);
-        for (uint32_t r = 0; r < entry.records; ++r) {
-            const uint8_t* in = Record(entry, r);
-            PatternLine& line = module.patterns[in[0]].lines[in[1]];
-            if (!ChannelsEmpty(line, SavedCopy(entry))) CopyLineChannels(line, SavedCopy(entry));
-        }
-        break;
-    }
-    case UndoKind::PatternSettings:
-        RestorePatternHeader(entry.pattern, entry.storeStart, kPatternHeaderBytes, entry.storeStart + 2);
-        break;
-    case UndoKind::Instruments:
-        LoadInstruments(entry.storeStart + 2 * kInstruments);
-        break;
-    case UndoKind::NewPattern:
-        module.CreatePattern(entry.pattern);
-        RestorePatternHeader(entry.pattern, entry.storeStart, 0, entry.storeStart + 1);
-        pattern.length = entry.linesAfter;
-        InsertListEntry(module, entry.listPosition, entry.pattern);
-        view.SetListPosition(entry.listPosition);
-        break;
-    case UndoKind::DeletePattern:
-        view.SetListPosition(DeletePattern(module, entry.listPosition));
-        break;
-    case UndoKind::RepeatPosition:
-        module.repeatPosition = entry.valueAfter;
-        break;
-    }
+// Marks the entry's pattern used again with the header and name kept at the entry's start.
+void UndoHistory::RecreatePattern(const UndoEntry& entry, uint16_t length) {
+    module_->CreatePattern(entry.pattern);
+    RestorePatternHeader(entry.pattern, entry.storeStart, 0, entry.storeStart + 1);
+    module_->patterns[entry.pattern].length = length;
 }
 
 }  // namespace sondrel

@@ -108,7 +108,7 @@ void UndoHistory::LoadInstruments(uint32_t from) {
 bool UndoHistory::Undo(UndoView& view) {
     if (!CanUndo() || (editLocked_ && editLocked_())) return false;
     const UndoEntry& entry = Current();
-    TakeBack(entry, view);
+    Apply(entry, false, view);
     head_ = (head_ - 1) & kRingMask;
     view.RedrawAll();
     return true;
@@ -117,7 +117,7 @@ bool UndoHistory::Undo(UndoView& view) {
 bool UndoHistory::Redo(UndoView& view) {
     if (!CanRedo() || (editLocked_ && editLocked_())) return false;
     const UndoEntry& entry = entries_[head_];
-    DoAgain(entry, view);
+    Apply(entry, true, view);
     head_ = (head_ + 1) & kRingMask;
     view.RedrawAll();
     return true;

@@ -106,8 +106,8 @@ private:
     void SaveInstruments();
     void LoadInstruments(uint32_t from);
 
-    void TakeBack(const UndoEntry& entry, UndoView& view);
-    void DoAgain(const UndoEntry& entry, UndoView& view);
+    void Apply(const UndoEntry& entry, bool redo, UndoView& view);
+    void RecreatePattern(const UndoEntry& entry, uint16_t length);
     // Record index of a kind-6 or kind-7 entry, in the store.
     const uint8_t* Record(const UndoEntry& entry, uint32_t index) const;
     void RestoreLineRecords(const UndoEntry& entry);
