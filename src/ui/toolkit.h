@@ -58,8 +58,9 @@ public:
     virtual void Close() = 0;
     // The height of the bar along the top of the screen; maximised windows fill the screen below it.
     virtual int BarHeight() const { return 0; }
-    // A key went down; true when an open menu took it (Escape closes it).
-    virtual bool KeyPress(uint16_t /*key*/) { return false; }
+    // A key went down; true when an open menu took it. Choosing an entry by
+    // key queues its menu command entry.
+    virtual bool KeyPress(uint16_t /*key*/, CommandQueue& /*queue*/) { return false; }
     virtual void Draw(Painter& painter, const DrawStyle& style) const = 0;
 };
 

@@ -47,7 +47,7 @@ void Toolkit::KeyDown(const Gorb_Event& event) {
     }
     if (taken) {
         // The open popup took it.
-    } else if (menu_ != nullptr && menu_->KeyPress(event.key)) {
+    } else if (menu_ != nullptr && menu_->KeyPress(event.key, queue_)) {
         taken = true;
     } else if (event.key == kKeyTab) {
         if (current_ != nullptr && current_->Active()) {
