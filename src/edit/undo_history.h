@@ -108,7 +108,7 @@ private:
 
     void Apply(const UndoEntry& entry, bool redo, UndoView& view);
     void RecreatePattern(const UndoEntry& entry, uint16_t length);
-    // Record index of a kind-6 or kind-7 entry, in the store.
+    // Where the index-th line record of an instrument change or channel copy lies in the store.
     const uint8_t* Record(const UndoEntry& entry, uint32_t index) const;
     void RestoreLineRecords(const UndoEntry& entry);
     void RestorePatternHeader(uint8_t pattern, uint32_t headerSlot, int offset, uint32_t nameSlot);
