@@ -12,7 +12,7 @@ ICON_SIZES   ?= 64 256
 export SDL_VIDEODRIVER ?= offscreen
 export SDL_AUDIODRIVER ?= dummy
 
-.PHONY: all deps configure build run demo icon skin install test test-sanitize bench fuzz clean
+.PHONY: all deps configure build run demo icon skin gallery install test test-sanitize bench fuzz clean
 
 all: build
 
@@ -48,6 +48,10 @@ icon: build
 # Redraws the committed default skin (picture, skin file, theme) from tools/make_skin.cpp.
 skin: build
 	$(BUILD)/bin/make-skin data/skins
+
+# Draws every kind of widget with the shipped skin into $(BUILD)/gallery.png.
+gallery: build
+	$(BUILD)/bin/widget-gallery $(BUILD)/gallery.png
 
 # Builds, then installs the programs, their runtime files, the desktop entry,
 # the icons and the manual page below PREFIX (DESTDIR is honoured too).
