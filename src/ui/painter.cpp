@@ -240,22 +240,38 @@ void Painter::StretchPart(const Gorb_Pixels& pixels, const Gorb_Texture& texture
     const uint64_t stepY = (static_cast<uint64_t>(part.h) << 16) / static_cast<uint64_t>(where.h);
     const uint64_t startX = static_cast<uint64_t>(area.x - where.x) * stepX;
     const int transparent = texture.TransparentPixel();
+    const auto firstColumn = static_cast<int>(startX >> 16);
+    const auto lastColumn = static_cast<int>((startX + static_cast<uint64_t>(area.w - 1) * stepX) >> 16);
+    int lastSourceRow = -1;
+    bool lastRowOpaque = false;
     for (int y = area.y; y < area.y + area.h; ++y) {
         const auto sourceRow = static_cast<int>((static_cast<uint64_t>(y - where.y) * stepY) >> 16);
         const uint16_t* from = texture.Row(part.y + sourceRow) + part.x;
         uint16_t* to = pixels.Row(y) + area.x;
-        if (transparent < 0 && part.w == where.w) {
-            std::copy_n(from + (area.x - where.x), area.w, to);
+        // A stretched row repeats the one above when it comes from the same
+        // source row and covered it whole.
+        if (sourceRow == lastSourceRow && lastRowOpaque) {
+            std::copy_n(pixels.Row(y - 1) + area.x, area.w, to);
             continue;
         }
+        lastSourceRow = sourceRow;
+        lastRowOpaque = transparent < 0 || std::find(from + firstColumn, from + lastColumn + 1,
+                                                     static_cast<uint16_t>(transparent)) == from + lastColumn + 1;
+        if (part.w == where.w && lastRowOpaque) {
+            std::copy_n(from + firstColumn, area.w, to);
+            continue;
+        }
+        // Runs of target pixels that share a source pixel are filled at once.
         uint64_t position = startX;
-        if (transparent < 0) {
-            for (int x = 0; x < area.w; ++x, position += stepX) to[x] = from[position >> 16];
-        } else {
-            for (int x = 0; x < area.w; ++x, position += stepX) {
-                const uint16_t pixel = from[position >> 16];
-                if (pixel != transparent) to[x] = pixel;
-            }
+        for (int x = 0; x < area.w;) {
+            const uint64_t column = position >> 16;
+            const uint64_t next = (column + 1) << 16;
+            const int run = stepX == 0 ? area.w - x
+                                       : std::min<int>(area.w - x, static_cast<int>((next - position + stepX - 1) / stepX));
+            const uint16_t pixel = from[column];
+            if (pixel != transparent) std::fill_n(to + x, run, pixel);
+            x += run;
+            position += static_cast<uint64_t>(run) * stepX;
         }
     }
 }
