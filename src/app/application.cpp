@@ -18,6 +18,7 @@
 #include "sound/audio_output.h"
 #include "sound/song_player.h"
 #include "ui/entry_kinds.h"
+#include "ui/requesters/requesters.h"
 #include "ui/skin/skin_library.h"
 #include "ui/toolkit.h"
 
@@ -215,10 +216,30 @@ void Application::RunFrame() {
     UpdateView(TakePlayerFeedback(*song_, *audioMutex_));
     DrawScreen();
     platform_.NextFrame();
+    FramePresented(false);
+}
 
+void Application::FramePresented(bool insideRequester) {
     ++frames_;
     if (frames_ == options_.faultAfterFrames) std::raise(SIGSEGV);
-    if (options_.exitAfterFrames > 0 && frames_ >= options_.exitAfterFrames) RequestClose();
+    if (options_.exitAfterFrames > 0 && frames_ >= options_.exitAfterFrames) {
+        // Inside a requester the request goes through its loop, which hands it back here.
+        if (insideRequester) toolkit_->Queue().PushEntry(kEntryCloseRequest, 0);
+        else RequestClose();
+    }
+}
+
+void Application::PollInput() { platform_.UpdateInput(); }
+
+void Application::DrawFrame() {
+    DrawScreen();
+    platform_.NextFrame();
+    FramePresented(true);
+}
+
+bool Application::HandleCloseRequest() {
+    RequestClose();
+    return quitRequested_;
 }
 
 void Application::RequestClose() {
@@ -304,6 +325,7 @@ void Application::StartToolkit() {
     input_ = std::make_unique<PlatformInput>(platform_);
     toolkit_ = std::make_unique<Toolkit>(*input_);
     if (Gorb_Surface* screen = platform_.Screen()) toolkit_->Init(*screen, skins_.get());
+    requesters_ = std::make_unique<Requesters>(*toolkit_, static_cast<RequesterHost&>(*this));
     // The pattern font, the menus and the main screen's widgets start here.
     // Until then a system font, if there is one, names the program.
     try {
@@ -353,6 +375,7 @@ void Application::DrawScreen() {
 
 void Application::StopToolkit() {
     titleFont_.reset();
+    requesters_.reset();
     if (toolkit_) toolkit_->Shutdown();
     toolkit_.reset();
     input_.reset();

@@ -14,6 +14,7 @@
 #include "app/preferences.h"
 #include "model/module.h"
 #include "sound/audio_mutex.h"
+#include "ui/requesters/requester_host.h"
 
 namespace sondrel {
 
@@ -25,6 +26,7 @@ class SkinLibrary;
 class SongPlayer;
 class Toolkit;
 class InputSource;
+class Requesters;
 
 inline constexpr char kProgramTitle[] = "Sondrel";
 inline constexpr char kCouldNotLoadPreferences[] = "Couldn't load the preferences file (sondrel.prefs).";
@@ -68,7 +70,7 @@ struct AppPaths {
 // stderr when the runtime files can't be found.
 AppPaths CurrentAppPaths();
 
-class Application {
+class Application : private RequesterHost {
 public:
     Application(AppPlatform& platform, AppPaths paths, AppOptions options = {});
     ~Application();
@@ -84,6 +86,10 @@ public:
     bool LoadModule(const std::string& path);
     // The close request (the window's close box, Escape for now).
     void RequestClose();
+
+    // The message, question and file requesters over the main screen; each
+    // runs frames of its own until answered.
+    Requesters& Requests() { return *requesters_; }
 
     Module& CurrentModule() { return *module_; }
     const Preferences& Prefs() const { return prefs_; }
@@ -107,6 +113,13 @@ private:
     void StopToolkit();
 
     void StartPlaying();
+    // Counts a presented frame; the unattended frame limit asks to close.
+    void FramePresented(bool insideRequester);
+
+    // What a requester's frames need of the main loop.
+    void PollInput() override;
+    void DrawFrame() override;
+    bool HandleCloseRequest() override;
     std::filesystem::path PreferencesFile() const;
 
     AppPlatform& platform_;
@@ -128,6 +141,7 @@ private:
     std::unique_ptr<SkinLibrary> skins_;
     std::unique_ptr<InputSource> input_;
     std::unique_ptr<Toolkit> toolkit_;
+    std::unique_ptr<Requesters> requesters_;
     std::unique_ptr<Gorb_Font> titleFont_;
     bool quitRequested_ = false;
     long frames_ = 0;

@@ -7,12 +7,14 @@
 #include <atomic>
 #include <deque>
 #include <functional>
+#include <optional>
 #include <thread>
 
 #include "files/module_file.h"
 #include "model/exception.h"
 #include "sound/song_player.h"
 #include "test_support.h"
+#include "ui/requesters/requesters.h"
 
 namespace sondrel {
 namespace {
@@ -280,6 +282,33 @@ TEST_F(ApplicationTest, EscapeOrTheCloseBoxEndsTheLoop) {
     Application again(platform, paths);
     EXPECT_EQ(again.Run("sondrel"), 0);
     EXPECT_EQ(again.Frames(), 5);
+}
+
+TEST_F(ApplicationTest, RequestersRunFramesOfTheirOwnAndPassOnACloseRequest) {
+    // A question answered with Return (its first button has the focus) leaves the program running.
+    std::optional<bool> answer;
+    {
+        Application app(platform, paths, ExitAfter(8));
+        platform.onFrame = [&](long frame) {
+            if (frame == 2) answer = app.Requests().AskQuestion("Really?", "Yes", "No");
+            if (frame == 4) platform.events.push_back({.type = kGorbKeyDown, .key = 0x1C});
+        };
+        EXPECT_EQ(app.Run("sondrel"), 0);
+        EXPECT_EQ(app.Frames(), 8);
+    }
+    EXPECT_EQ(answer, true);
+
+    // The window's close box while a question is open ends the question and the program.
+    platform.frames = 0;
+    answer.reset();
+    Application app(platform, paths);
+    platform.onFrame = [&](long frame) {
+        if (frame == 2) answer = app.Requests().AskQuestion("Really?", "Yes", "No");
+        if (frame == 5) platform.events.push_back({.type = kGorbCloseRequest});
+    };
+    EXPECT_EQ(app.Run("sondrel"), 0);
+    EXPECT_EQ(answer, false);
+    EXPECT_EQ(app.Frames(), 5);
 }
 
 TEST_F(ApplicationTest, TheSongIsHeardWhenStartedAndMidiNotesArePreviewed) {

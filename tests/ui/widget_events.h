@@ -35,7 +35,7 @@ struct WidgetEvents {
     QueuedInput& input;
     Toolkit& toolkit;
     // The entries other than keys that Keys popped on its way.
-    std::vector<QueueEntry> popped;
+    std::vector<QueueEntry> popped = {};
 
     void Mouse(int type, int x, int y, uint32_t modifiers = 0) {
         Gorb_Event event;
