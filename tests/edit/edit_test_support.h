@@ -1,0 +1,72 @@
+#pragma once
+// A small editor for command tests: a module of its own on the heap, the
+// pattern view over it, an undo history locked while the song plays, the
+// players, the audio mutex and prompts that note every message and answer
+// questions from a script.
+
+#include <gtest/gtest.h>
+
+#include <deque>
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "edit/editor_context.h"
+#include "edit/tool_dialogs.h"
+#include "sound/song_player.h"
+
+namespace sondrel::test {
+
+class ScriptedPrompts : public EditPrompts {
+public:
+    void ShowMessage(const std::string& text) override { messages.push_back(text); }
+    // Answers from the front of the script; no when it has run out.
+    bool AskQuestion(const std::string& text) override {
+        questions.push_back(text);
+        if (answers.empty()) return false;
+        bool answer = answers.front();
+        answers.pop_front();
+        return answer;
+    }
+
+    std::vector<std::string> messages;
+    std::vector<std::string> questions;
+    std::deque<bool> answers;
+};
+
+class EditTest : public ::testing::Test {
+protected:
+    EditTest() {
+        module->NewModule({});
+        view.SetModule(*module);
+        undo.Reset(*module);
+        song.Attach(*module);
+    }
+
+    Pattern& Shown() { return module->patterns[view.State().currentPattern]; }
+    PatternLine& Line(int line) { return Shown().lines[line]; }
+    // The frame in cursor columns and lines, anchor at the top left.
+    void Select(int x, int y, int w, int h) { view.SetSelection({x, y, w, h}); }
+    std::unique_ptr<Module> Snapshot() const { return std::make_unique<Module>(*module); }
+
+    // Undo of the newest entry gives back `before`, redo gives `after` again.
+    void ExpectUndoAndRedo(const Module& before, const Module& after) {
+        ASSERT_TRUE(undo.Undo(undoView));
+        EXPECT_TRUE(*module == before) << "undo";
+        ASSERT_TRUE(undo.Redo(undoView));
+        EXPECT_TRUE(*module == after) << "redo";
+    }
+
+    std::unique_ptr<Module> module = std::make_unique<Module>();
+    PatternView view{*module};
+    SongPlayer song;
+    NotePlayer notes;
+    AudioMutex audioMutex;
+    ScriptedPrompts prompts;
+    UndoHistory undo{[this] { return song.Playing(); }};
+    PatternViewUndo undoView{view};
+    EditorContext ctx{*module, view, undo, song, notes, audioMutex, prompts};
+};
+
+}  // namespace sondrel::test
