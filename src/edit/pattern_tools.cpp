@@ -30,6 +30,16 @@ void ForEachRequestedLine(const Request& request, Visit visit) {
     }
 }
 
+// The sweeping tools wait for the song to stop, then ask their dialog.
+template <typename Ask, typename Sweep>
+bool AskAndSweep(EditorContext& ctx, Ask ask, Sweep sweep) {
+    if (ctx.song.Playing()) return false;
+    auto request = ask();
+    if (!request) return false;
+    sweep(ctx, *request);
+    return true;
+}
+
 }  // namespace
 
 PatternSettings SettingsOf(const Pattern& pattern) {
@@ -98,19 +108,11 @@ bool EditModuleSettings(EditorContext& ctx, ToolDialogs& dialogs) {
 }
 
 bool ChangeInstruments(EditorContext& ctx, ToolDialogs& dialogs) {
-    if (ctx.song.Playing()) return false;
-    auto request = dialogs.ChangeInstruments(ctx.module);
-    if (!request) return false;
-    ApplyChangeInstruments(ctx, *request);
-    return true;
+    return AskAndSweep(ctx, [&] { return dialogs.ChangeInstruments(ctx.module); }, ApplyChangeInstruments);
 }
 
 bool CopyChannels(EditorContext& ctx, ToolDialogs& dialogs) {
-    if (ctx.song.Playing()) return false;
-    auto request = dialogs.CopyChannels(ctx.module);
-    if (!request) return false;
-    ApplyCopyChannels(ctx, *request);
-    return true;
+    return AskAndSweep(ctx, [&] { return dialogs.CopyChannels(ctx.module); }, ApplyCopyChannels);
 }
 
 // A line is recorded only when a sounding note's instrument takes part in the
