@@ -121,9 +121,10 @@ struct DrawStyle {
     }
 };
 
-// The skin suffix of a button-like look: disabled, pressed, under the pointer or plain.
-constexpr std::string_view LookState(bool enabled, bool pressed, bool hovered) {
-    return !enabled ? "_D" : pressed ? "_P" : hovered ? "_R" : "";
+// The skin suffix of a button-like look: disabled, pressed, under the
+// pointer, holding the keyboard focus, or plain.
+constexpr std::string_view LookState(bool enabled, bool pressed, bool hovered, bool focused = false) {
+    return !enabled ? "_D" : pressed ? "_P" : hovered ? "_R" : focused ? "_F" : "";
 }
 
 class Widget {

@@ -5,6 +5,7 @@
 #include "ui/command_queue.h"
 #include "ui/entry_kinds.h"
 #include "ui/painter.h"
+#include "ui/window.h"
 
 namespace sondrel {
 
@@ -32,7 +33,9 @@ bool PushButton::KeyPress(WidgetContext& context, const Gorb_Event& event) {
 void PushButton::Draw(Painter& painter, const DrawStyle& style) const {
     const Gorb_Rect local{0, 0, Rect().w, Rect().h};
     const std::string base = "B" + std::string(SkinTypeName(Kind()));
-    if (!style.DrawStateItem(painter, base, LookState(Enabled(), down_, style.Hovers(*this)), local)) {
+    // The focused button is the one Space (and Return in a requester) presses: it shows.
+    const bool focused = Owner() != nullptr && Owner()->Active() && Owner()->Focus() == this;
+    if (!style.DrawStateItem(painter, base, LookState(Enabled(), down_, style.Hovers(*this), focused), local)) {
         painter.Fill(local, style.Colour(ThemeColour::WindowBody));
         painter.Bevel(local, style.Colour(ThemeColour::BevelLight), style.Colour(ThemeColour::BevelDark),
                       down_ ? BevelStyle::Sunken : BevelStyle::Raised);

@@ -212,6 +212,8 @@ TEST_F(SimpleWidgetsTest, EachKindDrawsItsStateChange) {
          [](Widget& w) { w.SetEnabled(false); }, true},
         {"speed button", [&](Window& w) -> Widget& { return w.Emplace<SpeedButton>(1, r, "play"); },
          [](Widget& w) { w.SetEnabled(false); }, true},
+        {"focused button", [&](Window& w) -> Widget& { return w.Emplace<PushButton>(1, r, "x"); },
+         [](Widget& w) { w.Owner()->SetFocus(&w); }, true},
         {"hgauge", [&](Window& w) -> Widget& { return w.Emplace<Gauge>(WidgetKind::HGauge, 1, r); }, fill},
         {"vgauge", [&](Window& w) -> Widget& { return w.Emplace<Gauge>(WidgetKind::VGauge, 1, r); }, fill},
         {"progress", [&](Window& w) -> Widget& { return w.Emplace<ProgressBar>(1, r); }, fill},
