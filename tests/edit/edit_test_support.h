@@ -47,7 +47,10 @@ protected:
     Pattern& Shown() { return module->patterns[view.State().currentPattern]; }
     PatternLine& Line(int line) { return Shown().lines[line]; }
     // The frame in cursor columns and lines, anchor at the top left.
-    void Select(int x, int y, int w, int h) { view.SetSelection({x, y, w, h}); }
+    void Select(int x, int y, int w, int h) {
+        view.SetSelection({x, y, 1, 1});
+        view.SetSelection({x, y, w, h});
+    }
     std::unique_ptr<Module> Snapshot() const { return std::make_unique<Module>(*module); }
 
     // Undo of the newest entry gives back `before`, redo gives `after` again.
