@@ -13,10 +13,7 @@ namespace sondrel::test {
 
 class FakeToolDialogs : public ToolDialogs {
 public:
-    std::optional<PatternSettings> EditPatternSettings(const PatternSettings& current) override {
-        shownPattern = current;
-        return patternSettings;
-    }
+    std::optional<PatternSettings> EditPatternSettings(const PatternSettings&) override { return patternSettings; }
     std::optional<PatternSettings> NewPatternSettings(const PatternSettings& current) override {
         shownNewPattern = current;
         return newPatternSettings;
@@ -32,15 +29,11 @@ public:
     std::optional<ChangeInstrumentsRequest> ChangeInstruments(const Module&) override { return changeInstruments; }
     std::optional<CopyChannelsRequest> CopyChannels(const Module&) override { return copyChannels; }
 
-    std::optional<PatternSettings> patternSettings, newPatternSettings;
-    std::optional<int> newLength;
-    std::optional<ModuleSettings> moduleSettings;
+    std::optional<PatternSettings> patternSettings, newPatternSettings, shownNewPattern;
+    std::optional<int> newLength, shownLength;
+    std::optional<ModuleSettings> moduleSettings, shownModule;
     std::optional<ChangeInstrumentsRequest> changeInstruments;
     std::optional<CopyChannelsRequest> copyChannels;
-
-    std::optional<PatternSettings> shownPattern, shownNewPattern;
-    std::optional<int> shownLength;
-    std::optional<ModuleSettings> shownModule;
 };
 
 class ToolsTest : public EditTest {
