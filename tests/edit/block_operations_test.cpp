@@ -40,23 +40,6 @@ protected:
             Line(c.line).volume[c.channel] = c.volume;
         }
     }
-    // Every line different in every cell, no cell empty.
-    void Fill(int length) {
-        Shown().length = static_cast<uint16_t>(length);
-        for (int l = 0; l < kMaxLines; ++l) {
-            PatternLine& line = Line(l);
-            for (int c = 0; c < kChannels; ++c) {
-                line.note[c] = static_cast<uint8_t>(c == 3 ? 247 + (l + c) % 8 : 45 + (l * 5 + c) % 70);
-                line.detune[c] = static_cast<int8_t>(l % 7 - 3);
-                line.instrument[c] = static_cast<uint8_t>((l + c) % 16);
-                line.volume[c] = static_cast<uint8_t>((l * 3 + c) % 16);
-                line.channelCommand[c] = static_cast<uint8_t>(1 + (l + c) % 2);
-                line.channelParam[c] = static_cast<uint8_t>(l);
-            }
-            line.command = static_cast<uint8_t>(1 + l % 2);
-            line.commandParam = static_cast<uint8_t>(255 - l);
-        }
-    }
 };
 
 // The gradients' messages in their order of precedence, and what they write
