@@ -21,6 +21,7 @@
 #include "ui/requesters/requesters.h"
 #include "ui/skin/skin_library.h"
 #include "ui/toolkit.h"
+#include "ui/widgets/text_edit.h"
 
 namespace sondrel {
 
@@ -55,6 +56,17 @@ public:
     bool NextEvent(Gorb_Event& event) override { return platform_.GetEvent(event); }
     uint32_t Modifiers() override { return platform_.KeyModifiers(); }
     uint32_t MouseState(int& x, int& y) override { return platform_.MouseState(x, y); }
+
+private:
+    AppPlatform& platform_;
+};
+
+// Text entries cut, copy and paste through the system clipboard.
+class PlatformClipboard : public Clipboard {
+public:
+    explicit PlatformClipboard(AppPlatform& platform) : platform_(platform) {}
+    std::string Text() const override { return platform_.ClipboardText(); }
+    void SetText(const std::string& text) override { platform_.SetClipboardText(text); }
 
 private:
     AppPlatform& platform_;
@@ -324,6 +336,8 @@ void Application::ShutDown() {
 void Application::StartToolkit() {
     input_ = std::make_unique<PlatformInput>(platform_);
     toolkit_ = std::make_unique<Toolkit>(*input_);
+    clipboard_ = std::make_unique<PlatformClipboard>(platform_);
+    toolkit_->SetClipboard(clipboard_.get());
     if (Gorb_Surface* screen = platform_.Screen()) toolkit_->Init(*screen, skins_.get());
     requesters_ = std::make_unique<Requesters>(*toolkit_, static_cast<RequesterHost&>(*this));
     // The pattern font, the menus and the main screen's widgets start here.
@@ -378,6 +392,7 @@ void Application::StopToolkit() {
     requesters_.reset();
     if (toolkit_) toolkit_->Shutdown();
     toolkit_.reset();
+    clipboard_.reset();
     input_.reset();
 }
 

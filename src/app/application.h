@@ -27,6 +27,7 @@ class SongPlayer;
 class Toolkit;
 class InputSource;
 class Requesters;
+class Clipboard;
 
 inline constexpr char kProgramTitle[] = "Sondrel";
 inline constexpr char kCouldNotLoadPreferences[] = "Couldn't load the preferences file (sondrel.prefs).";
@@ -140,6 +141,7 @@ private:
     std::unique_ptr<AudioOutput> audio_;
     std::unique_ptr<SkinLibrary> skins_;
     std::unique_ptr<InputSource> input_;
+    std::unique_ptr<Clipboard> clipboard_;
     std::unique_ptr<Toolkit> toolkit_;
     std::unique_ptr<Requesters> requesters_;
     std::unique_ptr<Gorb_Font> titleFont_;

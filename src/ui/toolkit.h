@@ -91,6 +91,8 @@ public:
     // the windows and the queue and reads the pointer position.
     void Init(Gorb_Surface& screen, const SkinLibrary* skin = nullptr);
     void SetMenuBar(MenuBar* menu) { menu_ = menu; }
+    // The clipboard text entries use unless they were given their own (the system's in the program).
+    void SetClipboard(Clipboard* clipboard) { clipboard_ = clipboard; }
 
     // A window on top of the others, taking the active flag from every active
     // window until it closes. Null when a window with that id is open (it is
@@ -142,7 +144,7 @@ private:
     // The topmost active window under the pointer.
     Window* ActiveWindowAtPointer() const;
     // A context for widget handlers; the caller takes back the mouse mode it leaves.
-    WidgetContext Context() { return {queue_, mode_, modifiers_, clock_(), popup_}; }
+    WidgetContext Context() { return {queue_, mode_, modifiers_, clock_(), popup_, clipboard_}; }
     // Takes back the popup a handler of window's widget opened or closed.
     void TakePopup(const WidgetContext& context, Window* window);
     void DrawWindow(Painter& painter, const Window& window) const;
@@ -157,6 +159,7 @@ private:
     Gorb_Surface* screen_ = nullptr;
     DrawStyle style_;
     MenuBar* menu_ = nullptr;
+    Clipboard* clipboard_ = nullptr;
     CommandQueue queue_;
 
     std::array<std::unique_ptr<Window>, kWindowSlots> slots_;

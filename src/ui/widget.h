@@ -13,6 +13,7 @@
 
 namespace sondrel {
 
+class Clipboard;
 class CommandQueue;
 class Painter;
 class Popup;
@@ -95,6 +96,8 @@ struct WidgetContext {
     // The open popup: a press or key handler opens its own by pointing this
     // at it, and a popup's handlers close it by clearing this.
     Popup* popup = nullptr;
+    // Where text entries without a clipboard of their own cut, copy and paste.
+    Clipboard* clipboard = nullptr;
 };
 
 // What widgets draw with: the skin when there is one, and the theme colours.

@@ -92,7 +92,7 @@ public:
         events.pop_front();
         return true;
     }
-    uint32_t KeyModifiers() override { return 0; }
+    uint32_t KeyModifiers() override { return modifiers; }
     uint32_t MouseState(int& x, int& y) override { return x = y = 0, 0u; }
     Gorb_Surface* Screen() override { return screen.get(); }
     void NextFrame() override {
@@ -110,6 +110,7 @@ public:
 
     bool displayOpens = true;
     std::string clipboard;
+    uint32_t modifiers = 0;
     std::unique_ptr<Gorb_Surface> screen;
     std::deque<Gorb_Event> events;
     std::function<void(long)> onFrame;
@@ -309,6 +310,26 @@ TEST_F(ApplicationTest, RequestersRunFramesOfTheirOwnAndPassOnACloseRequest) {
     EXPECT_EQ(app.Run("sondrel"), 0);
     EXPECT_EQ(answer, false);
     EXPECT_EQ(app.Frames(), 5);
+}
+
+TEST_F(ApplicationTest, TextEntriesPasteFromTheSystemClipboard) {
+    // A name pasted into the file requester with Ctrl+V and taken with Return.
+    platform.clipboard = "pasted";
+    std::string chosen;
+    Application app(platform, paths, ExitAfter(12));
+    platform.onFrame = [&](long frame) {
+        if (frame == 2) chosen = app.Requests().RequestFile({"*.sdrltk"}, "Save module as...", true, ".sdrltk");
+        if (frame == 4) {
+            platform.modifiers = kGorbLeftCtrl;
+            platform.events.push_back({.type = kGorbKeyDown, .key = 0x2F});
+        }
+        if (frame == 5) {
+            platform.modifiers = 0;
+            platform.events.push_back({.type = kGorbKeyDown, .key = 0x1C});
+        }
+    };
+    EXPECT_EQ(app.Run("sondrel"), 0);
+    EXPECT_EQ(fs::path(chosen), fs::weakly_canonical(scratch / "program" / "pasted.sdrltk"));
 }
 
 TEST_F(ApplicationTest, TheSongIsHeardWhenStartedAndMidiNotesArePreviewed) {

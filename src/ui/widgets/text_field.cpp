@@ -153,7 +153,7 @@ bool TextField::KeyPress(WidgetContext& context, const Gorb_Event& event) {
         if (event.key == kKeyEnter || event.key == kKeyPadEnter) {
             if (!readOnly_) edit_.Insert("\n");
         } else {
-            edit_.CommonKey(event.key, event.character, context.modifiers, clipboard_, readOnly_);
+            edit_.CommonKey(event.key, event.character, context.modifiers, clipboard_ ? clipboard_ : context.clipboard, readOnly_);
         }
     }
     FollowCursor();

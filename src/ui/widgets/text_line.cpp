@@ -100,7 +100,7 @@ void TextLine::EditKey(WidgetContext& context, const Gorb_Event& event) {
     const auto numeric = [this](char c) {
         return (c >= '0' && c <= '9') || (c == '-' && minimum_ < 0) ? c : '\0';
     };
-    edit_.CommonKey(event.key, event.character, context.modifiers, clipboard_, false,
+    edit_.CommonKey(event.key, event.character, context.modifiers, clipboard_ ? clipboard_ : context.clipboard, false,
                     numeric_ ? TextEdit::Filter(numeric) : TextEdit::Filter{});
 }
 
