@@ -7,6 +7,7 @@
 #include <system_error>
 
 #include "app/command_line.h"
+#include "app/editor.h"
 #include "app/midi_in.h"
 #include "app/midi_note_entry.h"
 #include "files/module_file.h"
@@ -203,7 +204,8 @@ bool Application::StartUp() {
     notes_->Init(module_->Settings());
 
     midiIn_ = std::make_unique<MidiIn>(platform_.CreateMidiDevice());
-    midiEntry_ = std::make_unique<MidiNoteEntry>(*module_, *notes_, *audioMutex_);
+    editor_ = std::make_unique<Editor>(*module_, *song_, *notes_, *audioMutex_, *requesters_);
+    midiEntry_ = std::make_unique<MidiNoteEntry>(editor_->Context());
     if (prefs_.midiInEnable) midiIn_->Open(prefs_.midiInDeviceId);
 
     TonePeriodTable();
@@ -275,6 +277,7 @@ bool Application::LoadModule(const std::string& path) {
     song_->ReloadSettings();
     notes_->StopAll();
     notes_->ConfigureChip(module_->chipType, module_->frequencyDivider);
+    if (editor_) editor_->ModuleReplaced();
     return true;
 }
 
@@ -320,6 +323,7 @@ void Application::ShutDown() {
         if (midiIn_) midiIn_->Close();
         midiEntry_.reset();
         midiIn_.reset();
+        editor_.reset();
         song_.reset();
         notes_.reset();
         StopToolkit();
@@ -361,7 +365,7 @@ void Application::DispatchCommands() {
 
 void Application::EnterMidiNotes() {
     MidiEvent event;
-    while (midiIn_->Pop(event)) midiEntry_->Handle(event, MidiEntryTarget{});
+    while (midiIn_->Pop(event)) midiEntry_->Handle(event);
 }
 
 void Application::UpdateView(const PlayerFeedback& feedback) {

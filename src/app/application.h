@@ -19,6 +19,7 @@
 namespace sondrel {
 
 class AudioOutput;
+class Editor;
 class MidiIn;
 class MidiNoteEntry;
 class NotePlayer;
@@ -135,6 +136,7 @@ private:
     std::unique_ptr<Module> module_;
     std::unique_ptr<SongPlayer> song_;
     std::unique_ptr<NotePlayer> notes_;
+    std::unique_ptr<Editor> editor_;
     std::unique_ptr<MidiIn> midiIn_;
     std::unique_ptr<MidiNoteEntry> midiEntry_;
     std::unique_ptr<SoundBuffer> soundBuffer_;

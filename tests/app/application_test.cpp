@@ -332,7 +332,7 @@ TEST_F(ApplicationTest, TextEntriesPasteFromTheSystemClipboard) {
     EXPECT_EQ(fs::path(chosen), fs::weakly_canonical(scratch / "program" / "pasted.sdrltk"));
 }
 
-TEST_F(ApplicationTest, TheSongIsHeardWhenStartedAndMidiNotesArePreviewed) {
+TEST_F(ApplicationTest, TheSongIsHeardWhenStartedAndMidiNotesAreSoundedAndWritten) {
     PutDemoSong("song.sdrltk");
     {
         Application app(platform, paths, ExitAfter(40));
@@ -354,6 +354,7 @@ TEST_F(ApplicationTest, TheSongIsHeardWhenStartedAndMidiNotesArePreviewed) {
     Application midi(platform, paths, ExitAfter(40));
     midi.Run("sondrel");
     EXPECT_TRUE(SoundWasHeard());
+    EXPECT_EQ(midi.CurrentModule().patterns[0].lines[0].note[0], 69);
 }
 
 TEST(PlayerFeedback, LineFlagsBecomeRedrawRequestsAndAreCleared) {

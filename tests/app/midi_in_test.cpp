@@ -4,9 +4,11 @@
 
 #include <initializer_list>
 #include <iterator>
+#include <string>
 #include <vector>
 
 #include "app/midi_note_entry.h"
+#include "edit/editor_context.h"
 #include "sound/song_player.h"
 
 namespace sondrel {
@@ -117,60 +119,51 @@ TEST_F(MidiInTest, ADeviceThatFailsLeavesMidiInOffAndReopeningStartsClean) {
     EXPECT_EQ(closes, 2);
 }
 
+struct NoPrompts : EditPrompts {
+    void ShowMessage(const std::string&) override {}
+    bool AskQuestion(const std::string&) override { return false; }
+};
+
 struct MidiNoteEntryTest : MidiInTest {
     MidiNoteEntryTest() {
         module->NewModule({});
+        view.SetModule(*module);
+        undo.Reset(*module);
+        song.Attach(*module);
         notes.Init(module->Settings());
+        view.SetSelection({0, 0, 3, 1});
     }
-    void On(uint8_t note, MidiEntryTarget target = {}) { entry.Handle({kMidiNoteOn, note, 100}, target); }
-    void Off(uint8_t note) { entry.Handle({kMidiNoteOff, note, 0}, {}); }
+    void On(uint8_t note) { entry.Handle({kMidiNoteOn, note, 100}); }
+    void Off(uint8_t note) { entry.Handle({kMidiNoteOff, note, 0}); }
+    const PatternLine& Line(int line) const { return module->patterns[0].lines[line]; }
 
     std::unique_ptr<Module> module = std::make_unique<Module>();
+    PatternView view{*module};
+    SongPlayer song;
     NotePlayer notes;
     AudioMutex mutex;
-    MidiNoteEntry entry{*module, notes, mutex};
+    NoPrompts prompts;
+    UndoHistory undo{[this] { return song.Playing(); }};
+    EditorContext context{*module, view, undo, song, notes, mutex, prompts};
+    MidiNoteEntry entry{context};
 };
 
-TEST_F(MidiNoteEntryTest, AChordFillsThreeSlotsFromTheCursorChannelAndAFourthKeyIsIgnored) {
-    for (uint8_t note : {60, 64, 67, 72}) On(note);
-    EXPECT_EQ(entry.ChordSlots(), (std::array<uint8_t, 3>{60, 64, 67}));
-    for (int channel = 0; channel < 3; ++channel) EXPECT_TRUE(notes.GetVoice(channel).active) << channel;
-    EXPECT_FALSE(notes.GetVoice(3).active);
-
-    // Releasing the middle key frees its slot for the next key.
-    Off(64);
-    EXPECT_EQ(entry.ChordSlots()[1], kFreeChordSlot);
-    On(72);
-    EXPECT_EQ(entry.ChordSlots(), (std::array<uint8_t, 3>{60, 72, 67}));
-
-    // A preview lasts one second of ticks.
-    for (int tick = 0; tick < 61; ++tick) notes.Tick();
-    EXPECT_FALSE(notes.GetVoice(0).active);
-
-    // Fewer usable slots, and a cursor further right: channels beyond the
-    // pattern take the slot but sound nothing.
-    MidiNoteEntry narrow(*module, notes, mutex);
-    for (uint8_t note : {50, 52, 53}) narrow.Handle({kMidiNoteOn, note, 1}, {.cursorChannel = 3, .slotCount = 2});
-    EXPECT_EQ(narrow.ChordSlots(), (std::array<uint8_t, 3>{50, 52, kFreeChordSlot}));
-    EXPECT_TRUE(notes.GetVoice(3).active);
-}
-
-TEST_F(MidiNoteEntryTest, WithTheDividerAt2xTheNoteSoundsAnOctaveHigher) {
-    On(60);
-    EXPECT_EQ(notes.GetVoice(0).note, 60);
-    Off(60);
-    module->frequencyDivider = kDivider2x;
-    On(60);
-    EXPECT_EQ(notes.GetVoice(0).note, 72);
-}
-
-TEST_F(MidiNoteEntryTest, ResetDropsQueuedEventsAndFreesTheSlots) {
+TEST_F(MidiNoteEntryTest, KeysFromTheQueueAreWrittenAsAChordAndResetForgetsThem) {
+    view.Settings().lineStep = 0;
     midi->Open(0);
-    On(60);
+    for (uint8_t note : {60, 64, 67, 72}) Send({0x90, note, 100});
+    Send({0x80, 64, 0});
+    Send({0x90, 62, 100});
+    for (MidiEvent event; midi->Pop(event);) entry.Handle(event);
+    EXPECT_EQ(entry.ChordSlots(), (std::array<uint8_t, 3>{60, 62, 67}));
+    EXPECT_EQ(Line(0).note, (std::array<uint8_t, 4>{60, 62, 67, 255}));
+    EXPECT_TRUE(notes.GetVoice(2).active);
+    EXPECT_TRUE(undo.CanUndo());
+
     Send({0x90, 61, 1});
     entry.Reset(*midi);
     EXPECT_TRUE(Drain().empty());
-    EXPECT_EQ(entry.ChordSlots()[0], kFreeChordSlot);
+    EXPECT_EQ(entry.ChordSlots(), (std::array<uint8_t, 3>{kFreeChordSlot, kFreeChordSlot, kFreeChordSlot}));
 }
 
 }  // namespace
