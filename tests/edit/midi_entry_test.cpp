@@ -17,11 +17,6 @@ protected:
 
     void On(uint8_t note) { entry.NoteOn(ctx, note); }
     void Off(uint8_t note) { entry.NoteOff(ctx, note); }
-    // A frame with its anchor at the top left.
-    void Frame(int x, int y, int w) {
-        Select(x, y, 1, 1);
-        Select(x, y, w, 1);
-    }
 
     MidiEntry entry;
 };
@@ -30,7 +25,7 @@ TEST_F(MidiEntryTest, AChordFillsThreeChannelsAndAFourthKeyWaitsForAFreeSlot) {
     view.Settings().lineStep = 0;
     view.Settings().currentInstrument = 2;
     view.Settings().defaultVolume = 11;
-    Frame(3, 8, 4);  // channels 1 and 2, three slots
+    Select(3, 8, 4, 1);  // channels 1 and 2, three slots
     for (uint8_t note : {60, 64, 67}) On(note);
     EXPECT_EQ(entry.Slots(), (Slots{60, 64, 67}));
     EXPECT_EQ(Line(8).note, (std::array<uint8_t, 4>{255, 60, 64, 67}));
@@ -54,19 +49,19 @@ TEST_F(MidiEntryTest, AChordFillsThreeChannelsAndAFourthKeyWaitsForAFreeSlot) {
 
     // The cursor alone has one slot; past channel 3 a slot is taken but nothing written.
     entry.FreeSlots();
-    Frame(9, 8, 1);
+    Select(9, 8, 1, 1);
     On(50);
     On(51);
     EXPECT_EQ(entry.Slots(), (Slots{50, kFreeChordSlot, kFreeChordSlot}));
     entry.FreeSlots();
-    Frame(6, 9, 7);
+    Select(6, 9, 7, 1);
     for (uint8_t note : {40, 41, 42}) On(note);
     EXPECT_EQ(entry.Slots(), (Slots{40, 41, 42}));
     EXPECT_EQ(Line(9).note, (std::array<uint8_t, 4>{255, 255, 40, 41}));
     EXPECT_EQ(Line(9).command, kCommandNone);
     entry.FreeSlots();
     const auto before = Snapshot();
-    Frame(12, 9, 1);
+    Select(12, 9, 1, 1);
     On(43);
     EXPECT_TRUE(*module == *before);
 }
@@ -76,7 +71,7 @@ TEST_F(MidiEntryTest, StoppedPlayingAndTestModeDecideWhereTheNoteGoes) {
     // keeping the frame's columns; with the divider at 2x an octave higher.
     module->frequencyDivider = kDivider2x;
     view.Settings().lineStep = 2;
-    Frame(0, 4, 3);
+    Select(0, 4, 3, 1);
     On(60);
     EXPECT_EQ(Line(4).note[0], 72);
     EXPECT_EQ(notes.GetVoice(0).note, 72);

@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <array>
 #include <optional>
 #include <vector>
 
@@ -22,28 +23,7 @@ protected:
     bool Key(uint16_t scanCode, uint16_t modifiers = 0, bool wrapVolume = false) {
         return HandlePatternKey(ctx, {scanCode, 0, modifiers, false}, {wrapVolume});
     }
-    // Every line of pattern 0 distinct, so a line moved to the wrong place shows.
-    void FillLines() {
-        for (int l = 0; l < kMaxLines; ++l) {
-            PatternLine& line = Line(l);
-            for (int c = 0; c < kChannels; ++c) {
-                line.note[c] = static_cast<uint8_t>(l % 150);
-                line.detune[c] = static_cast<int8_t>(c + 1);
-                line.instrument[c] = static_cast<uint8_t>(c);
-                line.volume[c] = static_cast<uint8_t>(l % 16);
-                line.channelCommand[c] = kChannelCommandVO;
-                line.channelParam[c] = static_cast<uint8_t>(l);
-            }
-            line.command = kCommandSP;
-            line.commandParam = static_cast<uint8_t>(l);
-        }
-    }
     const auto& State() const { return view.State(); }
-    // A frame with its anchor at the top left and the cursor at the bottom right.
-    void SelectFrom(int x, int y, int w, int h) {
-        Select(x, y, 1, 1);
-        Select(x, y, w, h);
-    }
 };
 
 // A key at the cursor on one channel, from a chosen octave: the note it enters,
@@ -226,23 +206,24 @@ TEST_F(PatternEditingTest, CommandKeysAndStepsOverAFrame) {
         EXPECT_EQ(undo.Head(), head + (c.kind >= 0 ? 1 : 0)) << c.column;
     }
 
-    // Over a frame only the step keys act, as one entry for its lines.
-    FillLines();
-    SelectFrom(1, 4, 12, 2);
+    // Over a frame only the step keys act, as one entry for its lines; each
+    // cell keeps to its own kind's limits.
+    Fill(64);
+    Select(1, 4, 12, 2);
     const auto before = Snapshot();
     const uint32_t head = undo.Head();
     Key(kScanZ);
     EXPECT_TRUE(*module == *before);
     Key(kScanV);
     Key(kScanE);
-    for (int l = 4; l < 6; ++l) {
-        EXPECT_EQ(Line(l).volume[0], l % 16 + 1);
-        EXPECT_EQ(Line(l).volume[3], l % 16 + 1);
-        EXPECT_EQ(Line(l).channelParam[0], (l + 1) & 15);
-        EXPECT_EQ(Line(l).commandParam, 8);
-        EXPECT_EQ(Line(l).note[1], l);
-    }
-    EXPECT_EQ(Line(6).volume[0], 6);
+    EXPECT_EQ(Line(4).volume, (std::array<uint8_t, 4>{13, 14, 15, 15}));
+    EXPECT_EQ(Line(5).volume, (std::array<uint8_t, 4>{15, 1, 2, 3}));
+    EXPECT_EQ(Line(4).channelParam, (std::array<uint8_t, 4>{5, 5, 5, 5}));
+    EXPECT_EQ(Line(5).channelParam[0], 6);
+    EXPECT_EQ(Line(4).commandParam, 252);  // SP
+    EXPECT_EQ(Line(5).commandParam, 0xFB);  // ST: the low half only
+    EXPECT_EQ(Line(4).note, before->patterns[0].lines[4].note);
+    EXPECT_EQ(Line(6), before->patterns[0].lines[6]);
     EXPECT_EQ(undo.Head(), head + 2);
     ASSERT_TRUE(undo.Undo(undoView));
     ASSERT_TRUE(undo.Undo(undoView));
@@ -250,10 +231,9 @@ TEST_F(PatternEditingTest, CommandKeysAndStepsOverAFrame) {
 }
 
 TEST_F(PatternEditingTest, ReturnAndBackspaceMoveWholeChannelsOrOnlyTheFramedCells) {
-    FillLines();
-    Shown().length = 20;
+    Fill(20);
     const Module original = *module;
-    auto originalLine = [&](int l) -> const PatternLine& { return original.patterns[0].lines[l]; };
+    auto was = [&](int l) -> const PatternLine& { return original.patterns[0].lines[l]; };
 
     // Return at line 5 on channel 1's volume field: channel 1 moves down a
     // line within the pattern, its line 5 is cleared, the others stay.
@@ -261,35 +241,36 @@ TEST_F(PatternEditingTest, ReturnAndBackspaceMoveWholeChannelsOrOnlyTheFramedCel
     Key(kScanReturn);
     EXPECT_EQ(Line(5).note[1], kEmptyNote);
     EXPECT_EQ(Line(5).channelCommand[1], kChannelCommandNone);
-    EXPECT_EQ(Line(5).volume[1], originalLine(5).volume[1]);
-    EXPECT_EQ(Line(6).note[1], 5);
-    EXPECT_EQ(Line(19).channelParam[1], 18);
-    EXPECT_EQ(Line(20).note[1], originalLine(20).note[1]);
-    EXPECT_EQ(Line(6).note[0], 6);
-    EXPECT_EQ(Line(6).commandParam, 6);
+    EXPECT_EQ(Line(5).volume[1], was(5).volume[1]);
+    EXPECT_EQ(Line(6).note[1], was(5).note[1]);
+    EXPECT_EQ(Line(6).volume[1], was(5).volume[1]);
+    EXPECT_EQ(Line(19).channelParam[1], was(18).channelParam[1]);
+    EXPECT_EQ(Line(20), was(20));
+    EXPECT_EQ(Line(6).note[0], was(6).note[0]);
+    EXPECT_EQ(Line(6).commandParam, was(6).commandParam);
     ExpectUndoAndRedo(original, *Snapshot());
     ASSERT_TRUE(undo.Undo(undoView));
 
     // With Shift only the framed cells move: here channel 1's command.
     Select(5, 5, 1, 1);
     Key(kScanReturn, kShift);
-    EXPECT_EQ(Line(6).channelParam[1], 5);
+    EXPECT_EQ(Line(6).channelParam[1], was(5).channelParam[1]);
     EXPECT_EQ(Line(5).channelCommand[1], kChannelCommandNone);
-    EXPECT_EQ(Line(5).note[1], 5);
-    EXPECT_EQ(Line(6).note[1], 6);
+    EXPECT_EQ(Line(5).note[1], was(5).note[1]);
+    EXPECT_EQ(Line(6).note[1], was(6).note[1]);
     ASSERT_TRUE(undo.Undo(undoView));
 
     // Backspace removes the line above the frame; the last line reads the
     // cleared cell with the bytes of the one before, and the cursor moves up.
-    SelectFrom(0, 10, 1, 3);
+    Select(0, 10, 1, 3);
     Key(kScanBackspace);
-    EXPECT_EQ(Line(9).note[0], 10);
-    EXPECT_EQ(Line(18).note[0], 19);
+    EXPECT_EQ(Line(9).note[0], was(10).note[0]);
+    EXPECT_EQ(Line(18).channelParam[0], was(19).channelParam[0]);
     EXPECT_EQ(Line(19).note[0], kEmptyNote);
-    EXPECT_EQ(Line(19).volume[0], originalLine(19).volume[0]);
+    EXPECT_EQ(Line(19).volume[0], was(19).volume[0]);
     EXPECT_EQ(Line(19).channelCommand[0], kChannelCommandNone);
-    EXPECT_EQ(Line(19).channelParam[0], 19);
-    EXPECT_EQ(Line(9).note[1], 9);
+    EXPECT_EQ(Line(19).channelParam[0], was(19).channelParam[0]);
+    EXPECT_EQ(Line(9).note[1], was(9).note[1]);
     EXPECT_EQ(State().cursorLine, 11);
     EXPECT_EQ(State().anchorLine, 11);
     ASSERT_TRUE(undo.Undo(undoView));
@@ -298,17 +279,17 @@ TEST_F(PatternEditingTest, ReturnAndBackspaceMoveWholeChannelsOrOnlyTheFramedCel
     // Nothing above line 0; Return on the last line of a full pattern clears it;
     // neither key asks whether the song plays.
     const uint32_t head = undo.Head();
-    SelectFrom(0, 0, 13, 4);
+    Select(0, 0, 13, 4);
     Key(kScanBackspace);
     EXPECT_EQ(undo.Head(), head);
     EXPECT_TRUE(*module == original);
-    Shown().length = 256;
+    Fill(256);
     song.Start(0, 0, false);
     Select(12, 255, 1, 1);
     Key(kScanReturn);
     EXPECT_EQ(Line(255).command, kCommandNone);
-    EXPECT_EQ(Line(255).note[3], 255 % 150);
-    EXPECT_EQ(Line(254).command, kCommandSP);
+    EXPECT_EQ(Line(255).note, was(255).note);
+    EXPECT_EQ(Line(254).command, was(254).command);
 }
 
 TEST_F(PatternEditingTest, CursorKeysSpaceAndCtrlCommands) {
