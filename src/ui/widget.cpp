@@ -2,10 +2,16 @@
 
 #include <string>
 
+#include "ui/command_queue.h"
+#include "ui/entry_kinds.h"
 #include "ui/painter.h"
 #include "ui/skin/skin_library.h"
 
 namespace sondrel {
+
+void Widget::AnnounceTabFocus(WidgetContext& context, bool byTab) const {
+    if (byTab) context.queue.PushEntry(kEntryValue, Id(), static_cast<uint32_t>(Value()));
+}
 
 bool DrawStyle::DrawItem(Painter& painter, std::string_view key, const Gorb_Rect& rect) const {
     if (skin == nullptr || !skin->HasSkin()) return false;

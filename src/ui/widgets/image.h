@@ -30,6 +30,7 @@ public:
     void ClearMarker() { marker_.reset(); }
 
     void Press(WidgetContext& context, Point p, int part) override;
+    void FocusGained(WidgetContext& context, bool byTab) override { AnnounceTabFocus(context, byTab); }
     void Draw(Painter& painter, const DrawStyle& style) const override;
 
 private:

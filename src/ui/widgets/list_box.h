@@ -69,6 +69,7 @@ public:
     int LineAt(Point p) const;
 
     int32_t Value() const override { return current_; }
+    void FocusGained(WidgetContext& context, bool byTab) override { AnnounceTabFocus(context, byTab); }
     int HitTest(Point p) const override;
     void Press(WidgetContext& context, Point p, int part) override;
     void Drag(WidgetContext& context, Point p) override;
