@@ -4,8 +4,7 @@
 
 #include <vector>
 
-#include "ui/queued_input.h"
-#include "ui/entry_kinds.h"
+#include "ui/toolkit_fixture.h"
 
 namespace sondrel {
 namespace {
@@ -31,36 +30,23 @@ std::vector<MenuTitle> SampleMenus() {
 
 Point Centre(const Gorb_Rect& r) { return {r.x + r.w / 2, r.y + r.h / 2}; }
 
-class MenuBarTest : public ::testing::Test {
+class MenuBarTest : public ToolkitFixture {
 protected:
-    void SetUp() override {
-        screen = Gorb_CreateSurface(kScreenWidth, kScreenHeight);
-        toolkit.Init(*screen);
-        toolkit.SetMenuBar(&menu);
-    }
-    void Send(int type, Point p = {}, uint16_t key = 0) {
-        Gorb_Event event;
-        event.type = type;
-        event.x = p.x;
-        event.y = p.y;
-        event.key = key;
-        input.events.push_back(event);
-        toolkit.Update();
-    }
+    void SetUp() override { toolkit.SetMenuBar(&menu); }
     // The menu commands queued since the last call.
     std::vector<uint32_t> Commands() {
         std::vector<uint32_t> out;
-        while (const QueueEntry* entry = toolkit.PopEntry()) {
-            if (entry->kind == kEntryMenuCommand) out.push_back(entry->a);
-        }
+        for (const QueueEntry& entry : Drain())
+            if (entry.kind == kEntryMenuCommand) out.push_back(entry.a);
         return out;
     }
     Point Title(int title) const { return Centre(menu.TitleRect(title)); }
     Point Entry(int level, int entry) const { return Centre(menu.EntryRect(level, entry)); }
+    void Press(uint16_t key) {
+        Queue(kGorbKeyDown, {}, key);
+        Update();
+    }
 
-    QueuedInput input;
-    Toolkit toolkit{input, [] { return 0.0; }};
-    std::unique_ptr<Gorb_Surface> screen;
     DropDownMenuBar menu{SampleMenus(), kScreenWidth};
 };
 
@@ -72,11 +58,11 @@ TEST_F(MenuBarTest, PressMoveReleaseChoosesTheEntryUnderThePointer) {
     };
     const Case cases[] = {{0, {{0, 0}}, 3}, {0, {{0, 4}}, 7}, {1, {{0, 0}}, 20}, {0, {{0, 3}, {1, 1}}, 11}};
     for (const Case& c : cases) {
-        Send(kGorbButton1Down, Title(c.title));
+        Mouse(kGorbButton1Down, Title(c.title));
         EXPECT_EQ(toolkit.Mode(), MouseMode::InMenu);
-        for (const auto& [level, entry] : c.path) Send(kGorbMouseMove, Entry(level, entry));
+        for (const auto& [level, entry] : c.path) Mouse(kGorbMouseMove, Entry(level, entry));
         const auto [level, entry] = c.path.back();
-        Send(kGorbButton1Up, Entry(level, entry));
+        Mouse(kGorbButton1Up, Entry(level, entry));
         EXPECT_EQ(Commands(), std::vector<uint32_t>{c.command});
         EXPECT_EQ(menu.OpenTitle(), -1);
         EXPECT_EQ(toolkit.Mode(), MouseMode::Idle);
@@ -85,9 +71,9 @@ TEST_F(MenuBarTest, PressMoveReleaseChoosesTheEntryUnderThePointer) {
 
 TEST_F(MenuBarTest, ReleasingOnADisabledEntrySeparatorOrSubmenuParentChoosesNothing) {
     for (int entry : {1, 2, 3}) {
-        Send(kGorbButton1Down, Title(0));
-        Send(kGorbMouseMove, Entry(0, entry));
-        Send(kGorbButton1Up, Entry(0, entry));
+        Mouse(kGorbButton1Down, Title(0));
+        Mouse(kGorbMouseMove, Entry(0, entry));
+        Mouse(kGorbButton1Up, Entry(0, entry));
         EXPECT_TRUE(Commands().empty()) << entry;
         EXPECT_EQ(menu.OpenTitle(), 0) << entry;
         menu.Close();
@@ -95,16 +81,16 @@ TEST_F(MenuBarTest, ReleasingOnADisabledEntrySeparatorOrSubmenuParentChoosesNoth
 }
 
 TEST_F(MenuBarTest, HoveringASubmenuEntryOpensItAndLeavingForAnotherEntryClosesIt) {
-    Send(kGorbButton1Down, Title(0));
-    Send(kGorbMouseMove, Entry(0, 3));
+    Mouse(kGorbButton1Down, Title(0));
+    Mouse(kGorbMouseMove, Entry(0, 3));
     ASSERT_EQ(menu.OpenDepth(), 2);
     EXPECT_EQ(menu.MenuRect(1).x, menu.MenuRect(0).x + menu.MenuRect(0).w);
-    Send(kGorbMouseMove, Entry(1, 0));
+    Mouse(kGorbMouseMove, Entry(1, 0));
     EXPECT_EQ(menu.OpenDepth(), 2);
-    Send(kGorbMouseMove, Entry(0, 0));
+    Mouse(kGorbMouseMove, Entry(0, 0));
     EXPECT_EQ(menu.OpenDepth(), 1);
     // Sliding along the bar swaps the open menu for the other title's.
-    Send(kGorbMouseMove, Title(1));
+    Mouse(kGorbMouseMove, Title(1));
     EXPECT_EQ(menu.OpenTitle(), 1);
 }
 
@@ -112,27 +98,24 @@ TEST_F(MenuBarTest, AClickedOpenMenuClosesOnEscapeOrAClickElsewhere) {
     Window* window = toolkit.OpenWindow(1, {0, 0, 300, 300}, 0, "under");
     ASSERT_NE(window, nullptr);
     const auto openByClick = [&] {
-        Send(kGorbButton1Down, Title(0));
-        Send(kGorbButton1Up, Title(0));
+        Click(Title(0));
         ASSERT_EQ(menu.OpenTitle(), 0);
     };
     openByClick();
     // The open menu covers the window and wins the hover target.
-    Send(kGorbMouseMove, Entry(0, 4));
+    Mouse(kGorbMouseMove, Entry(0, 4));
     EXPECT_EQ(toolkit.Hover().kind, HoverKind::Menu);
-    Send(kGorbKeyDown, {}, 1);
+    Press(1);
     EXPECT_EQ(menu.OpenTitle(), -1);
 
     openByClick();
-    Send(kGorbButton1Down, {400, 400});
-    Send(kGorbButton1Up, {400, 400});
+    Click({400, 400});
     EXPECT_EQ(menu.OpenTitle(), -1);
     EXPECT_TRUE(Commands().empty());
 
     // A second click on an entry of a clicked-open menu chooses it.
     openByClick();
-    Send(kGorbButton1Down, Entry(0, 0));
-    Send(kGorbButton1Up, Entry(0, 0));
+    Click(Entry(0, 0));
     EXPECT_EQ(Commands(), std::vector<uint32_t>{3});
 }
 
@@ -165,11 +148,10 @@ TEST_F(MenuBarTest, KeysWalkTheMenusAndChooseTheHighlightedEntry) {
     for (size_t i = 0; i < std::size(cases); ++i) {
         SCOPED_TRACE(i);
         const Case& c = cases[i];
-        Send(kGorbButton1Down, Title(0));
-        Send(kGorbButton1Up, Title(0));
-        if (c.hover >= 0) Send(kGorbMouseMove, Entry(0, c.hover));
+        Click(Title(0));
+        if (c.hover >= 0) Mouse(kGorbMouseMove, Entry(0, c.hover));
         for (const Step& step : c.steps) {
-            Send(kGorbKeyDown, {}, step.key);
+            Press(step.key);
             ASSERT_EQ(menu.OpenTitle(), step.title) << step.key;
             ASSERT_EQ(menu.OpenDepth(), step.depth) << step.key;
             if (step.depth > 0) {
@@ -180,7 +162,7 @@ TEST_F(MenuBarTest, KeysWalkTheMenusAndChooseTheHighlightedEntry) {
         menu.Close();
     }
     // With every menu closed the keys go on to the program untaken.
-    Send(kGorbKeyDown, {}, kDown);
+    Press(kDown);
     const QueueEntry* key = toolkit.PopEntry();
     ASSERT_NE(key, nullptr);
     EXPECT_EQ(key->kind, kEntryKeyDown);
@@ -189,19 +171,12 @@ TEST_F(MenuBarTest, KeysWalkTheMenusAndChooseTheHighlightedEntry) {
 }
 
 TEST_F(MenuBarTest, OpeningAndHoveringRedrawTheMenus) {
-    const auto frame = [&] {
-        toolkit.Draw();
-        const Gorb_Pixels pixels = screen->Lock();
-        std::vector<uint16_t> out;
-        for (int y = 0; y < 200; ++y) out.insert(out.end(), pixels.Row(y), pixels.Row(y) + 200);
-        screen->Unlock();
-        return out;
-    };
+    const auto frame = [&] { return Pixels({0, 0, 200, 200}); };
     const auto closed = frame();
-    Send(kGorbButton1Down, Title(0));
+    Mouse(kGorbButton1Down, Title(0));
     const auto open = frame();
     EXPECT_NE(open, closed);
-    Send(kGorbMouseMove, Entry(0, 0));
+    Mouse(kGorbMouseMove, Entry(0, 0));
     EXPECT_NE(frame(), open);
 }
 

@@ -8,7 +8,6 @@
 #include <string>
 
 #include "model/exception.h"
-#include "test_support.h"
 
 namespace sondrel {
 namespace {
@@ -316,25 +315,6 @@ TEST_F(PainterText, TextStaysInItsRectangleAlignedAndEllipsised) {
     EXPECT_GT(font_->TextWidth(longText.substr(0, cut.size() - 2) + "..."), 60);  // one letter more is too wide
     EXPECT_EQ(Painter::Ellipsised(*font_, "Hi", 60), "Hi");
     EXPECT_EQ(Painter::Ellipsised(*font_, longText, 3), "");
-}
-
-// A few painted elements, saved for a look: build/bin/painter_demo.png.
-TEST_F(PainterText, DemoPicture) {
-    auto surface = Blank(220, 90, Rgb565(0x303848));
-    {
-        Painter painter(*surface);
-        const auto texture = StretchTexture();
-        painter.DrawStretched(*texture, {{1, 1, 6, 6}, 2, 2, 2, 2}, {150, 10, 60, 40});
-        painter.Fill({10, 10, 120, 22}, 0x506070);
-        painter.Bevel({10, 10, 120, 22}, 0xA0B0C0, 0x202830);
-        painter.TextIn(*font_, {10, 10, 120, 22}, "Play", kWhite, TextAlign::Centre);
-        painter.Bevel({10, 40, 120, 22}, 0xA0B0C0, 0x202830, BevelStyle::Sunken);
-        painter.TextIn(*font_, {14, 40, 112, 22}, "A song title far too long", 0xFFE080, TextAlign::Left,
-                       TextFit::Ellipsis);
-        painter.FillAlpha({20, 20, 180, 50}, 0x6040A0FF);
-        painter.Marker({8, 68, 124, 16}, 0xFFFF00, MarkerStyle::Dotted);
-    }
-    EXPECT_TRUE(surface->SavePng(test::BinaryDir() / "painter_demo.png"));
 }
 
 }  // namespace

@@ -4,20 +4,14 @@
 
 #include <vector>
 
-#include "test_support.h"
-#include "ui/queued_input.h"
-#include "ui/entry_kinds.h"
 #include "ui/painter.h"
-#include "ui/skin/skin_library.h"
-#include "ui/surface_pixels.h"
+#include "ui/toolkit_fixture.h"
 #include "ui/widgets/check_box.h"
 #include "ui/widgets/push_button.h"
 #include "ui/widgets/scroll_bar.h"
 
 namespace sondrel {
 namespace {
-
-using FakeInput = QueuedInput;
 
 // A widget that holds itself down when pressed and counts its repeats.
 class HeldCounter : public Widget {
@@ -30,41 +24,7 @@ public:
     int repeats = 0;
 };
 
-class ToolkitTest : public ::testing::Test {
-protected:
-    void SetUp() override {
-        screen = Gorb_CreateSurface(kScreenWidth, kScreenHeight);
-        toolkit.Init(*screen);
-    }
-    void Send(int type, int x = 0, int y = 0) {
-        Gorb_Event event;
-        event.type = type;
-        event.x = x;
-        event.y = y;
-        input.events.push_back(event);
-    }
-    void Key(int type, uint16_t key) {
-        Gorb_Event event;
-        event.type = type;
-        event.key = key;
-        input.events.push_back(event);
-    }
-    void Click(int x, int y) {
-        Send(kGorbButton1Down, x, y);
-        Send(kGorbButton1Up, x, y);
-    }
-    // Every queued entry, oldest first, leaving the queue empty.
-    std::vector<QueueEntry> Drain() {
-        std::vector<QueueEntry> out;
-        while (const QueueEntry* entry = toolkit.PopEntry()) out.push_back(*entry);
-        return out;
-    }
-
-    FakeInput input;
-    double now = 0;
-    Toolkit toolkit{input, [this] { return now; }};
-    std::unique_ptr<Gorb_Surface> screen;
-};
+using ToolkitTest = ToolkitFixture;
 
 TEST(CommandQueueTest, PopsInOrderAndKeepsTheLastEntryUntilTheNextPop) {
     CommandQueue queue;
@@ -104,8 +64,7 @@ TEST_F(ToolkitTest, TicksRepeatTheHeldWidgetAndCapTheBacklog) {
         toolkit.Init(*screen);
         Window* window = toolkit.OpenWindow(1, {0, 0, 200, 100}, 0, "held");
         auto& counter = window->Emplace<HeldCounter>(3, Gorb_Rect{10, 30, 50, 20});
-        Send(kGorbButton1Down, 20, 40);
-        toolkit.Update();
+        Mouse(kGorbButton1Down, {20, 40});
         ASSERT_EQ(toolkit.Held(), &counter);
         for (double frame : c.frames) {
             now += frame;
@@ -114,11 +73,10 @@ TEST_F(ToolkitTest, TicksRepeatTheHeldWidgetAndCapTheBacklog) {
         EXPECT_EQ(counter.repeats, c.repeats) << c.frames.size() << " frames from " << c.frames[0];
         EXPECT_NEAR(toolkit.TickBacklog(), c.backlog, 1e-9);
         // Letting go commits the value and ends the repeats.
-        Send(kGorbButton1Up, 20, 40);
         now += 0.05;
-        toolkit.Update();
+        Mouse(kGorbButton1Up, {20, 40});
         EXPECT_EQ(counter.repeats, c.repeats);
-        EXPECT_EQ(Drain(), (std::vector<QueueEntry>{{kEntryValue, 3, 77}}));
+        EXPECT_EQ(Drain(), (Entries{{kEntryValue, 3, 77}}));
     }
 }
 
@@ -147,8 +105,7 @@ TEST_F(ToolkitTest, ADialogTakesTheActiveFlagUntilItCloses) {
     EXPECT_FALSE(dialog->Active());
     EXPECT_TRUE(request->Active());
 
-    Click(20, 40);
-    toolkit.Update();
+    Click({20, 40});
     EXPECT_TRUE(Drain().empty());
     EXPECT_EQ(main->Focus(), nullptr);
     EXPECT_EQ(toolkit.Hover().kind, HoverKind::WindowBody);  // over an inactive window: no widget
@@ -158,10 +115,9 @@ TEST_F(ToolkitTest, ADialogTakesTheActiveFlagUntilItCloses) {
     EXPECT_FALSE(main->Active());
     toolkit.CloseWindow(request);
     EXPECT_TRUE(main->Active());
-    Click(20, 40);
-    toolkit.Update();
+    Click(button);
     EXPECT_EQ(main->Focus(), &button);
-    EXPECT_EQ(Drain(), (std::vector<QueueEntry>{{kEntryValue, 10, 0}}));
+    EXPECT_EQ(Drain(), (Entries{{kEntryValue, 10, 0}}));
 }
 
 TEST_F(ToolkitTest, TabWalksEnabledVisibleWidgetsBothWaysAndWraps) {
@@ -182,18 +138,12 @@ TEST_F(ToolkitTest, TabWalksEnabledVisibleWidgetsBothWaysAndWraps) {
     };
     for (const Case& c : cases) {
         toolkit.Focus(window, nullptr);
-        input.modifiers = c.modifiers;
         std::vector<uint16_t> visits;
         for (std::size_t i = 0; i < c.visits.size(); ++i) {
-            Key(kGorbKeyDown, kKeyTab);
-            toolkit.Update();
+            EXPECT_TRUE(Keys({{kKeyTab, 0, c.modifiers}}));
             visits.push_back(window->Focus()->Id());
         }
         EXPECT_EQ(visits, c.visits) << "modifiers " << c.modifiers;
-        const auto entries = Drain();
-        ASSERT_FALSE(entries.empty());
-        EXPECT_EQ(entries[0].kind, kEntryKeyDown);
-        EXPECT_TRUE(KeyTaken(entries[0].b));
     }
 }
 
@@ -212,11 +162,10 @@ TEST_F(ToolkitTest, DraggingByTheBodyMovesOnlyDraggableWindows) {
     for (const Case& c : cases) {
         toolkit.Init(*screen);
         Window* window = toolkit.OpenWindow(1, {100, 100, 200, 100}, c.flags, "drag");
-        Send(kGorbButton1Down, 110, 105);
-        Send(kGorbMouseMove, 125, 115);
-        Send(kGorbMouseMove, 140, 125);
-        Send(kGorbButton1Up, 140, 125);
-        toolkit.Update();
+        Mouse(kGorbButton1Down, {110, 105});
+        Mouse(kGorbMouseMove, {125, 115});
+        Mouse(kGorbMouseMove, {140, 125});
+        Mouse(kGorbButton1Up, {140, 125});
         EXPECT_EQ(window->Rect().x, c.after.x) << "flags " << c.flags;
         EXPECT_EQ(window->Rect().y, c.after.y) << "flags " << c.flags;
         EXPECT_EQ(toolkit.Mode(), MouseMode::Idle);
@@ -227,31 +176,28 @@ TEST_F(ToolkitTest, ButtonsQueueAClickOnlyWhenLetGoOverThem) {
     Window* window = toolkit.OpenWindow(1, {0, 0, 400, 300}, 0, "buttons");
     auto& button = window->Emplace<PushButton>(42, Gorb_Rect{10, 30, 80, 20}, "OK");
 
-    Send(kGorbButton1Down, 20, 40);
-    toolkit.Update();
+    Mouse(kGorbButton1Down, {20, 40});
     EXPECT_EQ(toolkit.Mode(), MouseMode::WidgetHeld);
     EXPECT_TRUE(button.Down());
-    Send(kGorbMouseMove, 200, 200);  // slid off: no click
-    Send(kGorbButton1Up, 200, 200);
-    toolkit.Update();
+    Mouse(kGorbMouseMove, {200, 200});  // slid off: no click
+    Mouse(kGorbButton1Up, {200, 200});
     EXPECT_TRUE(Drain().empty());
 
     // Space holds the focused button until it is released.
-    Key(kGorbKeyDown, kKeySpace);
-    toolkit.Update();
+    Queue(kGorbKeyDown, {}, kKeySpace);
+    Update();
     EXPECT_EQ(toolkit.Mode(), MouseMode::SpaceHeld);
-    Key(kGorbKeyUp, kKeySpace);
-    toolkit.Update();
+    Queue(kGorbKeyUp, {}, kKeySpace);
+    Update();
     EXPECT_EQ(toolkit.Mode(), MouseMode::Idle);
-    EXPECT_EQ(Drain(), (std::vector<QueueEntry>{{kEntryKeyDown, PackKeyA(kKeySpace, 0), PackKeyB(0, false, true)},
+    EXPECT_EQ(DrainAll(), (Entries{{kEntryKeyDown, PackKeyA(kKeySpace, 0), PackKeyB(0, false, true)},
                                                 {kEntryValue, 42, 0},
                                                 {kEntryKeyUp, kKeySpace, 1}}));
 
     // A disabled button takes neither the focus nor the click.
     toolkit.Focus(window, nullptr);
     button.SetEnabled(false);
-    Click(20, 40);
-    toolkit.Update();
+    Click(button);
     EXPECT_EQ(window->Focus(), nullptr);
     EXPECT_TRUE(Drain().empty());
 }
@@ -265,10 +211,10 @@ TEST_F(ToolkitTest, InputNoWidgetTakesBecomesQueueEntries) {
     wheel.type = kGorbWheelUp;
     wheel.delta = 3;
     input.events.push_back(wheel);
-    Send(kGorbCloseRequest);
-    Key(kGorbKeyDown, 30);
-    toolkit.Update();
-    EXPECT_EQ(Drain(), (std::vector<QueueEntry>{{kEntryWheelDown, static_cast<uint32_t>(-2), 0},
+    Queue(kGorbCloseRequest);
+    Queue(kGorbKeyDown, {}, 30);
+    Update();
+    EXPECT_EQ(DrainAll(), (Entries{{kEntryWheelDown, static_cast<uint32_t>(-2), 0},
                                                 {kEntryWheelUp, 3, 0},
                                                 {kEntryCloseRequest, 0, 0},
                                                 {kEntryKeyDown, 30, 0}}));
@@ -312,15 +258,12 @@ TEST_F(ToolkitTest, TheCloseBoxQueuesItsEntryOnlyWhenLetGoOverIt) {
         toolkit.Init(*screen);
         Window* window = toolkit.OpenWindow(7, {100, 100, 200, 150}, c.flags, "closable");
         if (c.dialogOnTop) toolkit.OpenWindow(8, {500, 400, 100, 100}, 0, "dialog");
-        Send(kGorbButton1Down, box.x, box.y);
-        toolkit.Update();
+        Mouse(kGorbButton1Down, box);
         EXPECT_EQ(toolkit.Mode() == MouseMode::WindowPartHeld, c.flags == 0 && !c.dialogOnTop);
-        Send(kGorbMouseMove, c.releaseAt.x, c.releaseAt.y);
-        Send(kGorbButton1Up, c.releaseAt.x, c.releaseAt.y);
-        toolkit.Update();
+        Mouse(kGorbMouseMove, c.releaseAt);
+        Mouse(kGorbButton1Up, c.releaseAt);
         EXPECT_EQ(toolkit.Mode(), MouseMode::Idle);
-        const std::vector<QueueEntry> expected = {{kEntryWindowClose, 7, 0}};
-        EXPECT_EQ(Drain(), c.queued ? expected : std::vector<QueueEntry>{});
+        EXPECT_EQ(Drain(), (c.queued ? Entries{{kEntryWindowClose, 7, 0}} : Entries{}));
         EXPECT_EQ(window->Rect().x, 100);  // a press on the box never drags the window
     }
 }
@@ -349,8 +292,7 @@ TEST_F(ToolkitTest, MaximisingAndResizingChangeTheSizeAndTellTheOwner) {
     };
     const auto clickPart = [&](Window* window, WindowPart part) {
         const Gorb_Rect box = window->PartRect(part);
-        Click(window->Rect().x + box.x + 2, window->Rect().y + box.y + 2);
-        toolkit.Update();
+        Click({window->Rect().x + box.x + 2, window->Rect().y + box.y + 2});
     };
     const auto same = [](const Gorb_Rect& a, const Gorb_Rect& b) {
         return a.x == b.x && a.y == b.y && a.w == b.w && a.h == b.h;
@@ -380,11 +322,10 @@ TEST_F(ToolkitTest, MaximisingAndResizingChangeTheSizeAndTellTheOwner) {
         resizes = 0;
         window = open(resizes);
         const Point grip{start.x + start.w - 3, start.y + start.h - 3};
-        Send(kGorbButton1Down, grip.x, grip.y);
-        Send(kGorbMouseMove, grip.x + d.dx / 2, grip.y + d.dy / 2);
-        Send(kGorbMouseMove, grip.x + d.dx, grip.y + d.dy);
-        Send(kGorbButton1Up, grip.x + d.dx, grip.y + d.dy);
-        toolkit.Update();
+        Mouse(kGorbButton1Down, grip);
+        Mouse(kGorbMouseMove, {grip.x + d.dx / 2, grip.y + d.dy / 2});
+        Mouse(kGorbMouseMove, {grip.x + d.dx, grip.y + d.dy});
+        Mouse(kGorbButton1Up, {grip.x + d.dx, grip.y + d.dy});
         EXPECT_TRUE(same(window->Rect(), {start.x, start.y, d.w, d.h})) << d.dx << "," << d.dy;
         EXPECT_EQ(resizes > 0, d.w != start.w || d.h != start.h);
     }
@@ -394,8 +335,6 @@ TEST_F(ToolkitTest, MaximisingAndResizingChangeTheSizeAndTellTheOwner) {
 // Under the pointer with nothing held, buttons, boxes, scroll bars and the
 // title bar boxes draw their hover looks; a held button keeps the others plain.
 TEST_F(ToolkitTest, WidgetsUnderThePointerDrawTheirHoverLook) {
-    SkinLibrary skin(test::BinaryDir() / "skins");
-    skin.LoadSkin("default.skin");
     struct Case {
         const char* name;
         Gorb_Rect area;  // window coordinates; the pointer goes to its middle
@@ -409,27 +348,22 @@ TEST_F(ToolkitTest, WidgetsUnderThePointerDrawTheirHoverLook) {
     };
     for (const Case& c : cases) {
         SCOPED_TRACE(c.name);
-        toolkit.Init(*screen, &skin);
-        Window* window = toolkit.OpenWindow(1, {0, 0, 200, 150}, kWindowMaximizable, "hover");
+        Window* window = Restart({0, 0, 200, 150}, &ShippedSkin(), kWindowMaximizable);
         window->Emplace<PushButton>(1, Gorb_Rect{10, 30, 80, 20}, "OK");
         window->Emplace<CheckBox>(2, Gorb_Rect{10, 60, 80, 16}, "On");
         window->Emplace<ScrollBar>(false, 3, Gorb_Rect{10, 90, 120, 14});
         window->Emplace<PushButton>(4, Gorb_Rect{100, 120, 60, 20}, "Held");
         const auto look = [&](int x, int y) {
-            Send(kGorbMouseMove, x, y);
-            toolkit.Update();
-            toolkit.Draw();
-            return SurfacePixels(*screen, c.area);
+            Mouse(kGorbMouseMove, {x, y});
+            return Pixels(c.area);
         };
         const auto away = look(150, 100);
         const Point middle{c.area.x + c.area.w / 2, c.area.y + c.area.h / 2};
         EXPECT_NE(look(middle.x, middle.y), away);
         // Holding another button down: nothing else shows its hover look.
-        Send(kGorbButton1Down, 120, 130);
-        toolkit.Update();
+        Mouse(kGorbButton1Down, {120, 130});
         EXPECT_EQ(look(middle.x, middle.y), away);
-        Send(kGorbButton1Up, middle.x, middle.y);
-        toolkit.Update();
+        Mouse(kGorbButton1Up, middle);
     }
 }
 

@@ -2,12 +2,8 @@
 
 #include <set>
 
-#include "test_support.h"
 #include "ui/painter.h"
-#include "ui/queued_input.h"
-#include "ui/skin/skin_library.h"
-#include "ui/surface_pixels.h"
-#include "ui/toolkit.h"
+#include "ui/toolkit_fixture.h"
 #include "ui/widget_gallery.h"
 
 namespace sondrel {
@@ -21,22 +17,16 @@ bool Inside(const Gorb_Rect& inner, const Gorb_Rect& outer) {
 // The gallery drawn with the shipped skin: every widget shows something of its
 // own over the window body, widgets only overlap where a frame holds them
 // whole, and every kind the toolkit has is there.
-TEST(WidgetGalleryTest, EveryKindIsDrawnInItsOwnPlace) {
-    SkinLibrary skin(test::BinaryDir() / "skins");
-    skin.LoadSkin("default.skin");
-    auto screen = Gorb_CreateSurface(kScreenWidth, kScreenHeight);
-    QueuedInput input;
-    Toolkit toolkit(input, [] { return 0.0; });
-    toolkit.Init(*screen, &skin);
-    const Gorb_Rect area{0, DropDownMenuBar::kBarHeight, kGalleryWidth, kGalleryHeight};
-    Window* window = toolkit.OpenWindow(1, area, kWindowNotDraggable, "Gallery");
-    toolkit.Draw();
-    const auto bare = SurfacePixels(*screen, area);
+using WidgetGalleryTest = ToolkitFixture;
 
-    BuildWidgetGallery(*window, &skin);
-    toolkit.Draw();
+TEST_F(WidgetGalleryTest, EveryKindIsDrawnInItsOwnPlace) {
+    const Gorb_Rect area{0, DropDownMenuBar::kBarHeight, kGalleryWidth, kGalleryHeight};
+    Window* window = Restart(area, &ShippedSkin(), kWindowNotDraggable);
+    const auto bare = Pixels(area);
+
+    BuildWidgetGallery(*window, &ShippedSkin());
+    const auto drawn = Pixels(area);
     screen->SavePng("widget_gallery.png");
-    const auto drawn = SurfacePixels(*screen, area);
 
     const Gorb_Rect content{2, kTitleBarHeight + 2, area.w - 4, area.h - kTitleBarHeight - 4};
     const auto& widgets = window->Widgets();

@@ -10,11 +10,10 @@
 #include <string>
 
 #include "test_support.h"
-#include "ui/queued_input.h"
 #include "ui/requesters/file_requester.h"
 #include "ui/requesters/message_text.h"
 #include "ui/requesters/requester_host.h"
-#include "ui/toolkit.h"
+#include "ui/toolkit_fixture.h"
 #include "ui/widgets/list_box.h"
 #include "ui/widgets/text_line.h"
 
@@ -56,31 +55,14 @@ private:
     Toolkit& toolkit_;
 };
 
-class RequestersTest : public ::testing::Test {
+// The requesters run their own frames, so input here is only queued for them.
+class RequestersTest : public ToolkitFixture {
 protected:
-    void SetUp() override {
-        screen = Gorb_CreateSurface(kScreenWidth, kScreenHeight);
-        toolkit.Init(*screen);
-        main = toolkit.OpenWindow(1, {0, 0, kScreenWidth, kScreenHeight}, kWindowNotDraggable, "main");
-    }
-
     // The next frame runs step first.
     void Then(std::function<void()> step) { host.script.push_back(std::move(step)); }
-    void Push(int type, int x = 0, int y = 0, uint16_t key = 0, uint16_t character = 0) {
-        Gorb_Event event;
-        event.type = type;
-        event.x = x;
-        event.y = y;
-        event.key = key;
-        event.character = character;
-        input.events.push_back(event);
-    }
-    void Key(uint16_t key, uint16_t character = 0) {
-        Push(kGorbKeyDown, 0, 0, key, character);
-        Push(kGorbKeyUp, 0, 0, key);
-    }
-    void Type(const std::string& text) {
-        for (char c : text) Key(0x10, static_cast<uint8_t>(c));
+    void QueueKey(uint16_t key, uint16_t character = 0) {
+        Queue(kGorbKeyDown, {}, key, character);
+        Queue(kGorbKeyUp, {}, key);
     }
     Widget* Find(uint16_t windowId, uint16_t widgetId) {
         Window* window = toolkit.FindWindow(windowId);
@@ -92,21 +74,17 @@ protected:
     // A click at window coordinates p of the window.
     void ClickAt(uint16_t windowId, Point p) {
         const Gorb_Rect& rect = toolkit.FindWindow(windowId)->Rect();
-        Push(kGorbButton1Down, rect.x + p.x, rect.y + p.y);
-        Push(kGorbButton1Up, rect.x + p.x, rect.y + p.y);
+        Queue(kGorbButton1Down, {rect.x + p.x, rect.y + p.y});
+        Queue(kGorbButton1Up, {rect.x + p.x, rect.y + p.y});
     }
-    void Click(uint16_t windowId, uint16_t widgetId) {
+    void ClickWidget(uint16_t windowId, uint16_t widgetId) {
         Widget* widget = Find(windowId, widgetId);
         ASSERT_NE(widget, nullptr) << "widget " << widgetId << " of window " << windowId;
         const Gorb_Rect& r = widget->Rect();
         ClickAt(windowId, {r.x + r.w / 2, r.y + r.h / 2});
     }
 
-    QueuedInput input;
-    double now = 0;
-    Toolkit toolkit{input, [this] { return now; }};
-    std::unique_ptr<Gorb_Surface> screen;
-    Window* main = nullptr;
+    Window* main = toolkit.OpenWindow(1, {0, 0, kScreenWidth, kScreenHeight}, kWindowNotDraggable, "main");
     ScriptedHost host{toolkit};
     Requesters requesters{toolkit, host};
 };
@@ -118,12 +96,12 @@ TEST_F(RequestersTest, QuestionIsAnsweredByEitherButtonReturnOrEscape) {
         bool expected;
     };
     const Case cases[] = {
-        {"click on the first button", [this] { Click(kMessageWindowId, 0); }, true},
-        {"click on the second button", [this] { Click(kMessageWindowId, 1); }, false},
-        {"Return on the focused first button", [this] { Key(kKeyReturn); }, true},
-        {"Tab, then Return", [this] { Key(kKeyTab); Key(kKeyReturn); }, false},
-        {"Tab, then Space", [this] { Key(kKeyTab); Key(kKeySpace, ' '); }, false},
-        {"Escape", [this] { Key(kKeyEscape); }, false},
+        {"click on the first button", [this] { ClickWidget(kMessageWindowId, 0); }, true},
+        {"click on the second button", [this] { ClickWidget(kMessageWindowId, 1); }, false},
+        {"Return on the focused first button", [this] { QueueKey(kKeyReturn); }, true},
+        {"Tab, then Return", [this] { QueueKey(kKeyTab); QueueKey(kKeyReturn); }, false},
+        {"Tab, then Space", [this] { QueueKey(kKeyTab); QueueKey(kKeySpace, ' '); }, false},
+        {"Escape", [this] { QueueKey(kKeyEscape); }, false},
     };
     for (const Case& c : cases) {
         SCOPED_TRACE(c.what);
@@ -155,7 +133,7 @@ TEST_F(RequestersTest, MessageWrapsAndCentresAndASecondOneReturnsAtOnce) {
         ASSERT_NE(lines, nullptr);
         EXPECT_EQ(lines->Lines().size(), 2u);
         second = requesters.AskQuestion("again?", "Yes", "No");
-        Click(kMessageWindowId, 0);
+        ClickWidget(kMessageWindowId, 0);
     });
     requesters.ShowMessage("Look:\n" + text);
     EXPECT_FALSE(second);
@@ -163,12 +141,12 @@ TEST_F(RequestersTest, MessageWrapsAndCentresAndASecondOneReturnsAtOnce) {
 }
 
 TEST_F(RequestersTest, CloseRequestIsHandedToTheHostWhichMayEndTheRequester) {
-    Then([&] { Push(kGorbCloseRequest); });
+    Then([&] { Queue(kGorbCloseRequest); });
     Then([&] {
         EXPECT_EQ(host.closeRequests, 1);
         EXPECT_NE(toolkit.FindWindow(kMessageWindowId), nullptr);  // the host said stay
         host.quitOnClose = true;
-        Push(kGorbCloseRequest);
+        Queue(kGorbCloseRequest);
     });
     EXPECT_FALSE(requesters.AskQuestion("Go on?", "Yes", "No"));
     EXPECT_EQ(host.closeRequests, 2);
@@ -188,8 +166,8 @@ protected:
     TextLine& NameEntry() { return *static_cast<TextLine*>(Find(kFileRequesterWindowId, FileRequester::kNameId)); }
     ListBox& List() { return *static_cast<ListBox*>(Find(kFileRequesterWindowId, FileRequester::kListId)); }
     void TypeName(const std::string& name) {
-        Type(name);
-        Key(kKeyReturn);
+        for (char c : name) QueueKey(0x10, static_cast<uint8_t>(c));
+        QueueKey(kKeyReturn);
     }
 
     test::ScratchDir dir;
@@ -222,15 +200,15 @@ TEST_F(FileRequesterTest, NoToOverwritingKeepsTheRequesterOpenWithTheTypedName) 
         std::string joined;
         for (const std::string& line : text->Lines()) joined += (joined.empty() ? "" : " ") + line;
         EXPECT_EQ(joined, "The file song.sdrltk already exists. Shall it be overwritten?");
-        Click(kMessageWindowId, 1);
+        ClickWidget(kMessageWindowId, 1);
     });
     Then([&] {
         EXPECT_EQ(toolkit.FindWindow(kMessageWindowId), nullptr);
         ASSERT_NE(toolkit.FindWindow(kFileRequesterWindowId), nullptr);
         EXPECT_EQ(NameEntry().Text(), "song");
-        Click(kFileRequesterWindowId, FileRequester::kAcceptId);
+        ClickWidget(kFileRequesterWindowId, FileRequester::kAcceptId);
     });
-    Then([&] { Click(kMessageWindowId, 0); });
+    Then([&] { ClickWidget(kMessageWindowId, 0); });
     EXPECT_EQ(Request(true), (dir / "song.sdrltk").string());
 }
 
@@ -240,7 +218,7 @@ TEST_F(FileRequesterTest, QuittingDuringTheOverwriteQuestionCancelsBoth) {
     Then([&] { TypeName("song.sdrltk"); });
     Then([&] {
         ASSERT_NE(toolkit.FindWindow(kMessageWindowId), nullptr);
-        Push(kGorbCloseRequest);
+        Queue(kGorbCloseRequest);
     });
     EXPECT_EQ(Request(true), "");
     EXPECT_EQ(host.closeRequests, 1);
@@ -261,7 +239,7 @@ TEST_F(FileRequesterTest, LoadingWalksDirectoriesAndIgnoresMissingFiles) {
     });
     Then([&] {
         ASSERT_NE(toolkit.FindWindow(kFileRequesterWindowId), nullptr);
-        Key(kKeyEscape);
+        QueueKey(kKeyEscape);
     });
     EXPECT_EQ(Request(false), "");
     EXPECT_EQ(fs::current_path(), sub);  // the next requester opens here
@@ -275,11 +253,11 @@ TEST_F(FileRequesterTest, LoadingWalksDirectoriesAndIgnoresMissingFiles) {
         ADD_FAILURE() << "line " << line << " is not shown";
         return Point{};
     };
-    Then([&] { Click(kFileRequesterWindowId, FileRequester::kParentId); });
+    Then([&] { ClickWidget(kFileRequesterWindowId, FileRequester::kParentId); });
     Then([&] {
         EXPECT_EQ(fs::current_path(), fs::canonical(dir.Path()));
         ClickAt(kFileRequesterWindowId, lineCentre(0));  // "sub"
-        Key(kKeyReturn);                                 // the list has the focus
+        QueueKey(kKeyReturn);                                 // the list has the focus
     });
     Then([&] {
         EXPECT_EQ(fs::current_path(), sub);

@@ -5,11 +5,7 @@
 #include <vector>
 
 #include "model/exception.h"
-#include "test_support.h"
-#include "ui/entry_kinds.h"
-#include "ui/queued_input.h"
-#include "ui/skin/skin_library.h"
-#include "ui/toolkit.h"
+#include "ui/toolkit_fixture.h"
 #include "ui/widgets/list_box.h"
 
 namespace sondrel {
@@ -17,48 +13,19 @@ namespace {
 
 // A 20-line list at (10,10), 200x100 with 12-pixel lines and no header: eight
 // lines show, line i (from the top one) at y = 18 + 12 * i.
-class ListBoxTest : public ::testing::Test {
+class ListBoxTest : public ToolkitFixture {
 protected:
     void SetUp() override {
-        screen = Gorb_CreateSurface(kScreenWidth, kScreenHeight);
-        Build(nullptr);
-    }
-    void Build(const SkinLibrary* skin) {
-        toolkit.Init(*screen, skin);
-        window = toolkit.OpenWindow(1, {0, 0, 320, 200}, 0, "list");
-        list = &window->Emplace<ListBox>(21, Gorb_Rect{10, 10, 200, 100});
         list->SetColumns({{40, "%3d", ""}, {150, "%-10s", ""}});
         std::vector<ListLine> lines;
         for (int i = 0; i < 20; ++i) lines.push_back({ListCell{i}, ListCell{"line " + std::to_string(i)}});
         list->SetLines(std::move(lines));
         list->SetExtended(true);
     }
-    void Send(int type, Point p = {}, uint16_t key = 0, uint32_t modifiers = 0) {
-        Gorb_Event event;
-        event.type = type;
-        event.x = p.x;
-        event.y = p.y;
-        event.key = key;
-        input.modifiers = modifiers;
-        input.events.push_back(event);
-        toolkit.Update();
-    }
-    void Click(int line, uint32_t modifiers = 0) {
+    void ClickLine(int line, uint32_t modifiers = 0) {
         const Point at{50, 18 + 12 * (line - list->Top())};
-        Send(kGorbMouseMove, at);
-        Send(kGorbButton1Down, at, 0, modifiers);
-        Send(kGorbButton1Up, at, 0, modifiers);
-    }
-    void Key(uint16_t key, uint32_t modifiers = 0) {
-        Send(kGorbKeyDown, {}, key, modifiers);
-        Send(kGorbKeyUp, {}, key, modifiers);
-    }
-    std::vector<QueueEntry> Drain() {
-        std::vector<QueueEntry> out;
-        while (const QueueEntry* entry = toolkit.PopEntry()) {
-            if (entry->kind != kEntryKeyDown && entry->kind != kEntryKeyUp) out.push_back(*entry);
-        }
-        return out;
+        Mouse(kGorbMouseMove, at);
+        Click(at, modifiers);
     }
     std::set<int> Selection() const {
         std::set<int> out;
@@ -66,21 +33,9 @@ protected:
             if (list->Selected(i)) out.insert(i);
         return out;
     }
-    std::vector<uint16_t> Pixels() {
-        toolkit.Draw();
-        std::vector<uint16_t> out;
-        const Gorb_Pixels pixels = screen->Lock();
-        for (int y = 10; y < 110; ++y) out.insert(out.end(), pixels.Row(y) + 10, pixels.Row(y) + 210);
-        screen->Unlock();
-        return out;
-    }
 
-    QueuedInput input;
-    double now = 0;
-    Toolkit toolkit{input, [this] { return now; }};
-    std::unique_ptr<Gorb_Surface> screen;
-    Window* window = nullptr;
-    ListBox* list = nullptr;
+    Window* window = Restart({0, 0, 320, 200});
+    ListBox* list = &window->Emplace<ListBox>(21, Gorb_Rect{10, 10, 200, 100});
 };
 
 TEST_F(ListBoxTest, ClicksSelectExtendAndToggleLines) {
@@ -107,15 +62,15 @@ TEST_F(ListBoxTest, ClicksSelectExtendAndToggleLines) {
         for (const Step& step : c.steps) {
             SCOPED_TRACE(testing::Message() << "extended " << c.extended << " line " << step.line);
             now += 1;  // never a double click
-            Click(step.line, step.modifiers);
+            ClickLine(step.line, step.modifiers);
             EXPECT_EQ(Selection(), step.selection);
             EXPECT_EQ(list->Current(), step.line);
-            EXPECT_EQ(Drain(), (std::vector<QueueEntry>{{kEntryListLine, 21, static_cast<uint32_t>(step.line)}}));
+            EXPECT_EQ(Drain(), (Entries{{kEntryListLine, 21, static_cast<uint32_t>(step.line)}}));
         }
     }
     // Below the last line nothing changes.
     list->SetLines({{ListCell{1}}});
-    Click(3);
+    ClickLine(3);
     EXPECT_EQ(list->Current(), -1);
     EXPECT_TRUE(Drain().empty());
 }
@@ -130,18 +85,18 @@ TEST_F(ListBoxTest, TwoPressesOnOneLineWithinTheTimeMakeADoubleClick) {
     for (const Case& c : cases) {
         SCOPED_TRACE(testing::Message() << c.second << " after " << c.after);
         now += 10;
-        Click(3);
+        ClickLine(3);
         now += c.after;
-        Click(c.second);
+        ClickLine(c.second);
         const uint32_t line = static_cast<uint32_t>(c.second);
-        std::vector<QueueEntry> expected{{kEntryListLine, 21, 3}, {kEntryListLine, 21, line}};
+        Entries expected{{kEntryListLine, 21, 3}, {kEntryListLine, 21, line}};
         if (c.doubled) expected.push_back({kEntryListActivate, 21, line});
         EXPECT_EQ(Drain(), expected);
     }
     // A third quick press starts a new pair.
     now += 10;
-    for (int i = 0; i < 3; ++i) Click(3);
-    EXPECT_EQ(Drain(), (std::vector<QueueEntry>{{kEntryListLine, 21, 3}, {kEntryListLine, 21, 3}, {kEntryListActivate, 21, 3},
+    for (int i = 0; i < 3; ++i) ClickLine(3);
+    EXPECT_EQ(Drain(), (Entries{{kEntryListLine, 21, 3}, {kEntryListLine, 21, 3}, {kEntryListActivate, 21, 3},
                                                 {kEntryListLine, 21, 3}}));
 }
 
@@ -172,13 +127,13 @@ TEST_F(ListBoxTest, NavigationKeysMoveTheCurrentLineAndKeepItVisible) {
         EXPECT_EQ(list->Current(), c.to);
         EXPECT_EQ(list->Top(), c.top);
         EXPECT_EQ(Selection(), c.selection);
-        EXPECT_EQ(Drain(), (std::vector<QueueEntry>{{kEntryListLine, 21, static_cast<uint32_t>(c.to)}}));
+        EXPECT_EQ(Drain(), (Entries{{kEntryListLine, 21, static_cast<uint32_t>(c.to)}}));
     }
 }
 
 TEST_F(ListBoxTest, WheelScrollsWithinTheLines) {
     const Point over{50, 50};
-    Send(kGorbMouseMove, over);
+    Mouse(kGorbMouseMove, over);
     const struct {
         int type;
         int top;
@@ -187,12 +142,12 @@ TEST_F(ListBoxTest, WheelScrollsWithinTheLines) {
                  {kGorbWheelDown, 9, kEntryWheelWidgetDown}, {kGorbWheelDown, 12, kEntryWheelWidgetDown},
                  {kGorbWheelDown, 12, kEntryWheelWidgetDown}, {kGorbWheelUp, 9, kEntryWheelWidgetUp}};
     for (const auto& step : steps) {
-        Send(step.type, over);
+        Mouse(step.type, over);
         EXPECT_EQ(list->Top(), step.top);
-        EXPECT_EQ(Drain(), (std::vector<QueueEntry>{{step.entry, 21, 0}}));
+        EXPECT_EQ(Drain(), (Entries{{step.entry, 21, 0}}));
     }
     // Lines are counted from the scrolled top.
-    Click(10);
+    ClickLine(10);
     EXPECT_EQ(Selection(), (std::set<int>{10}));
 }
 
@@ -200,16 +155,13 @@ TEST_F(ListBoxTest, AttachedScrollBarMovesTheTopLineInStepWithTheKeys) {
     // Eight of twenty lines show, so the bar stands at x 194-207, y 12-107,
     // with 14-pixel arrows and a 27-pixel grip on the 68-pixel track.
     const int x = 200;
-    const auto click = [&](int y) {
-        Send(kGorbButton1Down, {x, y});
-        Send(kGorbButton1Up, {x, y});
-    };
+    const auto click = [&](int y) { Click({x, y}); };
     click(100);  // the lower arrow
     EXPECT_EQ(list->Top(), 1);
-    Send(kGorbButton1Down, {x, 40});  // the grip, dragged to the bottom
-    Send(kGorbMouseMove, {x, 107});
+    Mouse(kGorbButton1Down, {x, 40});  // the grip, dragged to the bottom
+    Mouse(kGorbMouseMove, {x, 107});
     EXPECT_EQ(list->Top(), 12);
-    Send(kGorbButton1Up, {x, 107});
+    Mouse(kGorbButton1Up, {x, 107});
     EXPECT_EQ(list->Current(), -1);
     EXPECT_TRUE(Drain().empty());
     // The bar starts from where the keys left the list.
@@ -227,28 +179,13 @@ TEST_F(ListBoxTest, AttachedScrollBarMovesTheTopLineInStepWithTheKeys) {
 TEST_F(ListBoxTest, DisabledListIgnoresClicksKeysAndTheWheel) {
     list->Select(2);
     list->SetEnabled(false);
-    Click(5);
+    ClickLine(5);
     Key(kKeyDown);
-    Send(kGorbMouseMove, {50, 50});
-    Send(kGorbWheelDown, {50, 50});
+    Mouse(kGorbMouseMove, {50, 50});
+    Mouse(kGorbWheelDown, {50, 50});
     EXPECT_EQ(Selection(), (std::set<int>{2}));
     EXPECT_EQ(list->Top(), 0);
     for (const QueueEntry& entry : Drain()) EXPECT_NE(entry.kind, kEntryListLine);
-}
-
-TEST_F(ListBoxTest, SelectionAndScrollingChangeThePixels) {
-    SkinLibrary skin(test::BinaryDir() / "skins");
-    skin.LoadSkin("default.skin");
-    for (const SkinLibrary* library : std::vector<const SkinLibrary*>{nullptr, &skin}) {
-        SCOPED_TRACE(library != nullptr ? "skinned" : "plain");
-        Build(library);
-        const std::vector<uint16_t> before = Pixels();
-        list->Select(1);
-        const std::vector<uint16_t> selected = Pixels();
-        EXPECT_NE(before, selected);
-        list->SetTop(1);
-        EXPECT_NE(selected, Pixels());
-    }
 }
 
 TEST(ListCellFormat, WritesCellsThroughTheColumnFormatAndRejectsBadOnes) {

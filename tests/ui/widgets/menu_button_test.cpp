@@ -5,57 +5,28 @@
 #include <functional>
 #include <vector>
 
-#include "ui/entry_kinds.h"
 #include "ui/painter.h"
-#include "ui/queued_input.h"
-#include "ui/surface_pixels.h"
-#include "ui/toolkit.h"
+#include "ui/toolkit_fixture.h"
 #include "ui/widgets/push_button.h"
 
 namespace sondrel {
 namespace {
 
-using Entries = std::vector<QueueEntry>;
-
-class MenuButtonTest : public ::testing::Test {
+class MenuButtonTest : public ToolkitFixture {
 public:
-    void SetUp() override {
-        screen = Gorb_CreateSurface(kScreenWidth, kScreenHeight);
-        toolkit.Init(*screen);
-        window = toolkit.OpenWindow(1, {100, 50, 300, 200}, 0, "menu button");
-        button = &window->Emplace<MenuButton>(9, Gorb_Rect{20, 30, 80, 20}, "0\n1\n2\n3", 1);
-    }
-    void Send(int type, Point at = {}, uint16_t key = 0) { input.Push(type, at.x, at.y, key); }
-    void Key(uint16_t key) {
-        Send(kGorbKeyDown, {}, key);
-        Send(kGorbKeyUp, {}, key);
-    }
     // The middle of the button, or of one line of its open list, on the screen.
     Point OnButton() const { return {100 + 20 + 40, 50 + 30 + 10}; }
     Point OnLine(int index) const {
         const Gorb_Rect r = button->LineRect(index);
         return {r.x + r.w / 2, r.y + r.h / 2};
     }
-    // Runs the queued input and returns the entries other than keys.
-    Entries Run() {
-        toolkit.Update();
-        Entries out;
-        while (const QueueEntry* entry = toolkit.PopEntry())
-            if (entry->kind != kEntryKeyDown && entry->kind != kEntryKeyUp) out.push_back(*entry);
-        return out;
-    }
     void Open() {
-        Send(kGorbButton1Down, OnButton());
-        Send(kGorbButton1Up, OnButton());
-        Run();
+        Click(OnButton());
         ASSERT_TRUE(button->IsOpen());
     }
 
-    QueuedInput input;
-    Toolkit toolkit{input, [] { return 0.0; }};
-    std::unique_ptr<Gorb_Surface> screen;
-    Window* window = nullptr;
-    MenuButton* button = nullptr;
+    Window* window = Restart({100, 50, 300, 200});
+    MenuButton* button = &window->Emplace<MenuButton>(9, Gorb_Rect{20, 30, 80, 20}, "0\n1\n2\n3", 1);
 };
 
 TEST_F(MenuButtonTest, SplitsItsChoicesAndOpensBelowOrAboveItself) {
@@ -65,15 +36,13 @@ TEST_F(MenuButtonTest, SplitsItsChoicesAndOpensBelowOrAboveItself) {
     EXPECT_EQ(button->ListRect().y, 50 + 30 + 20);
     EXPECT_EQ(button->Highlighted(), 1);
     EXPECT_NE(toolkit.OpenPopup(), nullptr);
-    Send(kGorbButton1Down, {5, 5});  // elsewhere: closes, chooses nothing
-    Send(kGorbButton1Up, {5, 5});
-    EXPECT_TRUE(Run().empty());
+    Click({5, 5});  // elsewhere: closes, chooses nothing
+    EXPECT_TRUE(Drain().empty());
     EXPECT_EQ(toolkit.OpenPopup(), nullptr);
 
     auto& low = window->Emplace<MenuButton>(10, Gorb_Rect{20, 180, 80, 20}, "a\nb\nc");
     window->MoveBy(0, 600 - 250);
-    Send(kGorbButton1Down, {130, 400 + 190});
-    Run();
+    Mouse(kGorbButton1Down, {130, 400 + 190});
     ASSERT_TRUE(low.IsOpen());
     EXPECT_EQ(low.ListRect().y + low.ListRect().h, 400 + 180);
 }
@@ -89,32 +58,28 @@ TEST_F(MenuButtonTest, PicksByMouseAndKeysAndClosesWithoutChoosing) {
     const Case cases[] = {
         {"press, move, release on a choice",
          [](MenuButtonTest& t) {
-             t.Send(kGorbButton1Down, t.OnButton());
-             t.Run();
-             t.Send(kGorbMouseMove, t.OnLine(3));
-             t.Send(kGorbButton1Up, t.OnLine(3));
+             t.Mouse(kGorbButton1Down, t.OnButton());
+             t.Mouse(kGorbMouseMove, t.OnLine(3));
+             t.Mouse(kGorbButton1Up, t.OnLine(3));
          },
          {{kEntryChoice, 9, 3}}, 3},
         {"click to open, click a choice",
          [](MenuButtonTest& t) {
              t.Open();
-             t.Send(kGorbMouseMove, t.OnLine(0));
-             t.Run();
+             t.Mouse(kGorbMouseMove, t.OnLine(0));
              EXPECT_EQ(t.button->Highlighted(), 0);
-             t.Send(kGorbButton1Down, t.OnLine(0));
-             t.Send(kGorbButton1Up, t.OnLine(0));
+             t.Click(t.OnLine(0));
          },
          {{kEntryChoice, 9, 0}}, 0},
         {"press, release off everything",
          [](MenuButtonTest& t) {
-             t.Send(kGorbButton1Down, t.OnButton());
-             t.Send(kGorbButton1Up, {600, 500});
+             t.Mouse(kGorbButton1Down, t.OnButton());
+             t.Mouse(kGorbButton1Up, {600, 500});
          },
          {}, 1},
         {"click on the button again", [](MenuButtonTest& t) {
              t.Open();
-             t.Send(kGorbButton1Down, t.OnButton());
-             t.Send(kGorbButton1Up, t.OnButton());
+             t.Click(t.OnButton());
          },
          {}, 1},
         {"Escape", [](MenuButtonTest& t) { t.Open(); t.Key(MenuButton::kKeyEscape); }, {}, 1},
@@ -139,7 +104,7 @@ TEST_F(MenuButtonTest, PicksByMouseAndKeysAndClosesWithoutChoosing) {
         SCOPED_TRACE(c.name);
         button->SetChoice(1);
         c.act(*this);
-        EXPECT_EQ(Run(), c.entries);
+        EXPECT_EQ(Drain(), c.entries);
         EXPECT_EQ(button->Choice(), c.choice);
         EXPECT_FALSE(button->IsOpen());
         EXPECT_EQ(toolkit.OpenPopup(), nullptr);
@@ -150,11 +115,10 @@ TEST_F(MenuButtonTest, PicksByMouseAndKeysAndClosesWithoutChoosing) {
 TEST_F(MenuButtonTest, DisabledTakesNoInput) {
     button->SetEnabled(false);
     toolkit.Focus(window, button);
-    Send(kGorbButton1Down, OnButton());
-    Send(kGorbButton1Up, OnButton());
+    Click(OnButton());
     Key(kKeySpace);
     Key(MenuButton::kKeyDown);
-    EXPECT_TRUE(Run().empty());
+    EXPECT_TRUE(Drain().empty());
     EXPECT_FALSE(button->IsOpen());
     EXPECT_EQ(button->Choice(), 1);
 }
@@ -163,11 +127,9 @@ TEST_F(MenuButtonTest, ListIsDrawnOverLaterWidgetsAndClosesWithItsWindow) {
     // A later widget lies on top of the button's list area.
     auto& under = window->Emplace<PushButton>(11, Gorb_Rect{20, 52, 80, 60}, "under");
     const Gorb_Rect area{100 + under.Rect().x, 50 + under.Rect().y, under.Rect().w, under.Rect().h};
-    toolkit.Draw();
-    const auto closed = SurfacePixels(*screen, area);
+    const auto closed = Pixels(area);
     Open();
-    toolkit.Draw();
-    EXPECT_NE(SurfacePixels(*screen, area), closed);
+    EXPECT_NE(Pixels(area), closed);
     const Point highlighted = OnLine(1);
     const Gorb_Pixels pixels = screen->Lock();
     const uint16_t shown = pixels.Row(highlighted.y)[highlighted.x + 20];

@@ -2,12 +2,7 @@
 
 #include <vector>
 
-#include "test_support.h"
-#include "ui/entry_kinds.h"
-#include "ui/queued_input.h"
-#include "ui/skin/skin_library.h"
-#include "ui/surface_pixels.h"
-#include "ui/toolkit.h"
+#include "ui/toolkit_fixture.h"
 #include "ui/widgets/scroll_bar.h"
 #include "ui/widgets/slider.h"
 
@@ -20,61 +15,27 @@ namespace {
 //   vertical bar     y 40..239 at x 250, the same
 //   horizontal slider x 10..209 at y 80, 0..50
 //   vertical slider  y 40..239 at x 280, 0..50
-class ScrollWidgetsTest : public ::testing::Test {
+class ScrollWidgetsTest : public ToolkitFixture {
 protected:
     void SetUp() override {
-        screen = Gorb_CreateSurface(kScreenWidth, kScreenHeight);
-        Build(nullptr);
-    }
-    // Starts the toolkit afresh, drawing with skin, and lays the widgets out.
-    void Build(const SkinLibrary* skin) {
-        toolkit.Init(*screen, skin);
-        window = toolkit.OpenWindow(1, {0, 0, 320, 260}, 0, "scroll");
-        hbar = &window->Emplace<ScrollBar>(false, 11, Gorb_Rect{10, 40, 200, 14});
-        vbar = &window->Emplace<ScrollBar>(true, 12, Gorb_Rect{250, 40, 14, 200});
-        hslider = &window->Emplace<Slider>(false, 13, Gorb_Rect{10, 80, 200, 14});
-        vslider = &window->Emplace<Slider>(true, 14, Gorb_Rect{280, 40, 14, 200});
         for (ScrollBar* bar : {hbar, vbar}) bar->SetTotal(100, 10);
         for (Slider* slider : {hslider, vslider}) slider->SetRange(0, 50);
     }
-    void Send(int type, Point p) {
-        Gorb_Event event;
-        event.type = type;
-        event.x = p.x;
-        event.y = p.y;
-        input.events.push_back(event);
-        toolkit.Update();
-    }
     void Wheel(int type, Point p) {
-        Send(kGorbMouseMove, p);
-        Send(type, p);
+        Mouse(kGorbMouseMove, p);
+        Mouse(type, p);
     }
     // Lets that many 10 ms ticks pass in one frame.
     void Ticks(int count) {
         now += count * Toolkit::kTickSeconds + 1e-6;
-        toolkit.Update();
-    }
-    std::vector<QueueEntry> Drain() {
-        std::vector<QueueEntry> out;
-        while (const QueueEntry* entry = toolkit.PopEntry()) {
-            if (entry->kind != kEntryKeyDown && entry->kind != kEntryKeyUp) out.push_back(*entry);
-        }
-        return out;
-    }
-    std::vector<uint16_t> Pixels(const Gorb_Rect& rect) {
-        toolkit.Draw();
-        return SurfacePixels(*screen, rect);
+        Update();
     }
 
-    QueuedInput input;
-    double now = 0;
-    Toolkit toolkit{input, [this] { return now; }};
-    std::unique_ptr<Gorb_Surface> screen;
-    Window* window = nullptr;
-    ScrollBar* hbar = nullptr;
-    ScrollBar* vbar = nullptr;
-    Slider* hslider = nullptr;
-    Slider* vslider = nullptr;
+    Window* window = Restart({0, 0, 320, 260});
+    ScrollBar* hbar = &window->Emplace<ScrollBar>(false, 11, Gorb_Rect{10, 40, 200, 14});
+    ScrollBar* vbar = &window->Emplace<ScrollBar>(true, 12, Gorb_Rect{250, 40, 14, 200});
+    Slider* hslider = &window->Emplace<Slider>(false, 13, Gorb_Rect{10, 80, 200, 14});
+    Slider* vslider = &window->Emplace<Slider>(true, 14, Gorb_Rect{280, 40, 14, 200});
 };
 
 TEST_F(ScrollWidgetsTest, HeldArrowsAndTrackRepeatOncePerTickAndCommitOnRelease) {
@@ -104,16 +65,16 @@ TEST_F(ScrollWidgetsTest, HeldArrowsAndTrackRepeatOncePerTickAndCommitOnRelease)
         SCOPED_TRACE(testing::Message() << "at " << c.at.x << "," << c.at.y << " from " << c.start);
         RangeWidget& bar = *c.widget;
         bar.SetValue(c.start);
-        Send(kGorbButton1Down, c.at);
+        Mouse(kGorbButton1Down, c.at);
         ASSERT_EQ(toolkit.Held(), &bar);
         Ticks(c.ticks);
         EXPECT_EQ(bar.Value(), c.expected);
         EXPECT_EQ((bar.Flags() & kWidgetChangedWhileHeld) != 0, c.expected != c.start);
-        Send(kGorbButton1Up, c.at);
+        Mouse(kGorbButton1Up, c.at);
         Ticks(5);
         EXPECT_EQ(bar.Value(), c.expected);  // no more steps once let go
         EXPECT_EQ(bar.Flags() & kWidgetChangedWhileHeld, 0);
-        EXPECT_EQ(Drain(), (std::vector<QueueEntry>{{kEntryValue, bar.Id(), static_cast<uint32_t>(c.expected)}}));
+        EXPECT_EQ(Drain(), (Entries{{kEntryValue, bar.Id(), static_cast<uint32_t>(c.expected)}}));
     }
 }
 
@@ -132,19 +93,19 @@ TEST_F(ScrollWidgetsTest, DraggingTheGripFollowsThePointerAndClampsAtTheEnds) {
     };
     for (const Case& c : cases) {
         SCOPED_TRACE(testing::Message() << "widget " << c.widget->Id());
-        Send(kGorbButton1Down, c.grip);
+        Mouse(kGorbButton1Down, c.grip);
         ASSERT_EQ(c.widget->HeldPart(), RangeWidget::kGrip);
         EXPECT_EQ(c.widget->Value(), 0);  // taking the grip moves nothing
         const auto along = [&](int pixels) { return Point{c.grip.x + c.step.x * pixels, c.grip.y + c.step.y * pixels}; };
-        Send(kGorbMouseMove, along(1000));
+        Mouse(kGorbMouseMove, along(1000));
         EXPECT_EQ(c.widget->Value(), c.maximum);
-        Send(kGorbMouseMove, along(-1000));
+        Mouse(kGorbMouseMove, along(-1000));
         EXPECT_EQ(c.widget->Value(), 0);
-        Send(kGorbMouseMove, along(1000));
+        Mouse(kGorbMouseMove, along(1000));
         Ticks(3);  // the grip does not repeat
-        Send(kGorbButton1Up, along(1000));
+        Mouse(kGorbButton1Up, along(1000));
         EXPECT_EQ(c.widget->Value(), c.maximum);
-        EXPECT_EQ(Drain(), (std::vector<QueueEntry>{{kEntryValue, c.widget->Id(), static_cast<uint32_t>(c.maximum)}}));
+        EXPECT_EQ(Drain(), (Entries{{kEntryValue, c.widget->Id(), static_cast<uint32_t>(c.maximum)}}));
         c.widget->SetValue(0);
     }
 }
@@ -156,16 +117,16 @@ TEST_F(ScrollWidgetsTest, WheelScrollsAnEnabledBarAndDisabledWidgetsIgnoreInput)
     Wheel(kGorbWheelUp, {257, 140});
     EXPECT_EQ(hbar->Value(), 1);
     EXPECT_EQ(vbar->Value(), 1);
-    EXPECT_EQ(Drain(), (std::vector<QueueEntry>{{kEntryWheelWidgetDown, 11, 0},
+    EXPECT_EQ(Drain(), (Entries{{kEntryWheelWidgetDown, 11, 0},
                                                 {kEntryWheelWidgetDown, 12, 0},
                                                 {kEntryWheelWidgetDown, 12, 0},
                                                 {kEntryWheelWidgetUp, 12, 0}}));
 
     for (RangeWidget* widget : std::vector<RangeWidget*>{hbar, vbar, hslider, vslider}) widget->SetEnabled(false);
     for (Point p : {Point{205, 47}, Point{110, 47}, Point{257, 235}, Point{200, 87}, Point{287, 44}}) {
-        Send(kGorbButton1Down, p);
+        Mouse(kGorbButton1Down, p);
         EXPECT_EQ(toolkit.Mode(), MouseMode::Idle);
-        Send(kGorbButton1Up, p);
+        Mouse(kGorbButton1Up, p);
     }
     Wheel(kGorbWheelDown, {110, 47});
     EXPECT_EQ(hbar->Value(), 1);
@@ -173,28 +134,7 @@ TEST_F(ScrollWidgetsTest, WheelScrollsAnEnabledBarAndDisabledWidgetsIgnoreInput)
     EXPECT_EQ(hslider->Value(), 0);
     EXPECT_EQ(vslider->Value(), 0);
     // The wheel went to no widget, so it is the program's.
-    EXPECT_EQ(Drain(), (std::vector<QueueEntry>{{kEntryWheelDown, static_cast<uint32_t>(-1), 0}}));
-}
-
-// Each kind redraws when its value changes and when it is held, with the
-// shipped skin and without one.
-TEST_F(ScrollWidgetsTest, ValueAndHeldChangesChangeTheDrawing) {
-    SkinLibrary library(test::BinaryDir() / "skins");
-    library.LoadSkin("default.skin");
-    for (const SkinLibrary* skin : std::vector<const SkinLibrary*>{nullptr, &library}) {
-        Build(skin);
-        for (RangeWidget* widget : std::vector<RangeWidget*>{hbar, vbar, hslider, vslider}) {
-            SCOPED_TRACE(testing::Message() << "widget " << widget->Id() << (skin ? " skinned" : " plain"));
-            const Gorb_Rect rect = widget->Rect();
-            const auto before = Pixels(rect);
-            widget->SetValue(40);
-            const auto moved = Pixels(rect);
-            EXPECT_NE(before, moved);
-            Send(kGorbButton1Down, {rect.x + 2, rect.y + 2});  // the first arrow or the track
-            EXPECT_NE(Pixels(rect), moved);
-            Send(kGorbButton1Up, {rect.x + 2, rect.y + 2});
-        }
-    }
+    EXPECT_EQ(Drain(), (Entries{{kEntryWheelDown, static_cast<uint32_t>(-1), 0}}));
 }
 
 }  // namespace

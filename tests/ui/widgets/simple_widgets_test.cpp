@@ -3,69 +3,40 @@
 #include <functional>
 #include <vector>
 
-#include "test_support.h"
-#include "ui/entry_kinds.h"
 #include "ui/painter.h"
-#include "ui/queued_input.h"
-#include "ui/skin/skin_library.h"
-#include "ui/surface_pixels.h"
-#include "ui/toolkit.h"
+#include "ui/toolkit_fixture.h"
 #include "ui/widgets/check_box.h"
 #include "ui/widgets/check_button.h"
 #include "ui/widgets/frame.h"
 #include "ui/widgets/gauge.h"
 #include "ui/widgets/image.h"
+#include "ui/widgets/list_box.h"
 #include "ui/widgets/progress_bar.h"
+#include "ui/widgets/scroll_bar.h"
 #include "ui/widgets/select_box.h"
 #include "ui/widgets/select_button.h"
+#include "ui/widgets/slider.h"
 #include "ui/widgets/space_bar.h"
 #include "ui/widgets/speed_button.h"
+#include "ui/widgets/text_field.h"
+#include "ui/widgets/text_line.h"
 
 namespace sondrel {
 namespace {
 
-class SimpleWidgetsTest : public ::testing::Test {
+class SimpleWidgetsTest : public ToolkitFixture {
 protected:
-    void SetUp() override {
-        screen = Gorb_CreateSurface(kScreenWidth, kScreenHeight);
-        toolkit.Init(*screen);
-        window = toolkit.OpenWindow(1, {0, 0, 400, 300}, 0, "widgets");
+    Entries ClickOn(const Widget& widget) {
+        Click(widget);
+        return Drain();
     }
-    void Send(int type, int x = 0, int y = 0, uint16_t key = 0) {
-        Gorb_Event event;
-        event.type = type;
-        event.x = x;
-        event.y = y;
-        event.key = key;
-        input.events.push_back(event);
-    }
-    // A click in the middle of the widget, then the queue's entries other than keys.
-    std::vector<QueueEntry> Click(const Widget& widget) {
-        const Gorb_Rect& r = widget.Rect();
-        Send(kGorbButton1Down, r.x + r.w / 2, r.y + r.h / 2);
-        Send(kGorbButton1Up, r.x + r.w / 2, r.y + r.h / 2);
-        return Run();
-    }
-    std::vector<QueueEntry> PressSpace() {
-        Send(kGorbKeyDown, 0, 0, kKeySpace);
-        Send(kGorbKeyUp, 0, 0, kKeySpace);
-        return Run();
-    }
-    std::vector<QueueEntry> Run() {
-        toolkit.Update();
-        std::vector<QueueEntry> out;
-        while (const QueueEntry* entry = toolkit.PopEntry())
-            if (entry->kind != kEntryKeyDown && entry->kind != kEntryKeyUp) out.push_back(*entry);
-        return out;
+    Entries PressSpace() {
+        Key(kKeySpace);
+        return Drain();
     }
 
-    QueuedInput input;
-    Toolkit toolkit{input, [] { return 0.0; }};
-    std::unique_ptr<Gorb_Surface> screen;
-    Window* window = nullptr;
+    Window* window = Restart({0, 0, 400, 300});
 };
-
-using Entries = std::vector<QueueEntry>;
 
 TEST_F(SimpleWidgetsTest, CheckBoxesAndCheckButtonsFlipOnClickAndSpace) {
     auto& box = window->Emplace<CheckBox>(7, Gorb_Rect{10, 30, 100, 16}, "Loop");
@@ -73,7 +44,7 @@ TEST_F(SimpleWidgetsTest, CheckBoxesAndCheckButtonsFlipOnClickAndSpace) {
     const std::pair<ToggleWidget*, EntryKind> cases[] = {{&box, kEntryToggle}, {&button, kEntryToggle}};
     for (const auto& [widget, kind] : cases) {
         SCOPED_TRACE(widget->Text());
-        EXPECT_EQ(Click(*widget), (Entries{{kind, widget->Id(), 1}}));
+        EXPECT_EQ(ClickOn(*widget), (Entries{{kind, widget->Id(), 1}}));
         EXPECT_TRUE(widget->On());
         EXPECT_EQ(window->Focus(), widget);
         EXPECT_EQ(PressSpace(), (Entries{{kind, widget->Id(), 0}}));
@@ -83,7 +54,7 @@ TEST_F(SimpleWidgetsTest, CheckBoxesAndCheckButtonsFlipOnClickAndSpace) {
         // Disabled: neither the click nor the focus it would bring.
         toolkit.Focus(window, nullptr);
         widget->SetEnabled(false);
-        EXPECT_TRUE(Click(*widget).empty());
+        EXPECT_TRUE(ClickOn(*widget).empty());
         EXPECT_TRUE(PressSpace().empty());
         EXPECT_FALSE(widget->On());
         EXPECT_EQ(window->Focus(), nullptr);
@@ -100,7 +71,7 @@ TEST_F(SimpleWidgetsTest, ChoosingARadioWidgetClearsOnlyItsOwnGroupOfItsOwnKind)
     button.SetOn(true);
     boxes[0]->SetOn(true);
 
-    EXPECT_EQ(Click(*boxes[2]), (Entries{{kEntryChoice, 22, 2}}));
+    EXPECT_EQ(ClickOn(*boxes[2]), (Entries{{kEntryChoice, 22, 2}}));
     EXPECT_EQ(PressSpace(), Entries{});  // the chosen one again: no change, no entry
     const auto states = [&] {
         return std::vector<bool>{boxes[0]->On(), boxes[1]->On(), boxes[2]->On(), otherGroup.On(), button.On()};
@@ -108,10 +79,10 @@ TEST_F(SimpleWidgetsTest, ChoosingARadioWidgetClearsOnlyItsOwnGroupOfItsOwnKind)
     EXPECT_EQ(states(), (std::vector<bool>{false, false, true, true, true}));
 
     button.SetOn(false);
-    EXPECT_EQ(Click(button), (Entries{{kEntryChoice, 40, 9}}));
+    EXPECT_EQ(ClickOn(button), (Entries{{kEntryChoice, 40, 9}}));
     EXPECT_EQ(states(), (std::vector<bool>{false, false, true, true, true}));
     boxes[1]->SetEnabled(false);
-    EXPECT_TRUE(Click(*boxes[1]).empty());
+    EXPECT_TRUE(ClickOn(*boxes[1]).empty());
     EXPECT_FALSE(boxes[1]->On());
 }
 
@@ -119,9 +90,9 @@ TEST_F(SimpleWidgetsTest, ArrowPairSharesAnIdAndTellsItsDirection) {
     auto& up = window->Emplace<SpeedButton>(12, Gorb_Rect{10, 30, 16, 16}, "up", 0);
     auto& down = window->Emplace<SpeedButton>(12, Gorb_Rect{10, 50, 16, 16}, "down", 1);
     auto& plain = window->Emplace<PushButton>(13, Gorb_Rect{40, 30, 60, 20}, "Go");
-    EXPECT_EQ(Click(down), (Entries{{kEntryButton, 12, 1}}));
-    EXPECT_EQ(Click(up), (Entries{{kEntryButton, 12, 0}}));
-    EXPECT_EQ(Click(plain), (Entries{{kEntryValue, 13, 0}}));
+    EXPECT_EQ(ClickOn(down), (Entries{{kEntryButton, 12, 1}}));
+    EXPECT_EQ(ClickOn(up), (Entries{{kEntryButton, 12, 0}}));
+    EXPECT_EQ(ClickOn(plain), (Entries{{kEntryValue, 13, 0}}));
 }
 
 TEST_F(SimpleWidgetsTest, DecorationsTakeNoFocusAndLetTheWindowBeDragged) {
@@ -129,16 +100,15 @@ TEST_F(SimpleWidgetsTest, DecorationsTakeNoFocusAndLetTheWindowBeDragged) {
     auto& gauge = window->Emplace<Gauge>(WidgetKind::HGauge, 2, Gorb_Rect{10, 30, 100, 10});
     window->Emplace<SpaceBar>(WidgetKind::VSpaceBar, 3, Gorb_Rect{200, 30, 6, 100});
     auto& box = window->Emplace<CheckBox>(4, Gorb_Rect{10, 200, 100, 16}, "only focusable");
-    Send(kGorbButton1Down, 50, 35);  // on the gauge, inside the frame
-    Send(kGorbMouseMove, 60, 45);
-    Send(kGorbButton1Up, 60, 45);
-    EXPECT_TRUE(Run().empty());
+    Mouse(kGorbButton1Down, {50, 35});  // on the gauge, inside the frame
+    Mouse(kGorbMouseMove, {60, 45});
+    Mouse(kGorbButton1Up, {60, 45});
+    EXPECT_TRUE(Drain().empty());
     EXPECT_EQ(window->Focus(), nullptr);
     EXPECT_EQ(window->Rect().x, 10);
     EXPECT_EQ(gauge.Value(), 0);
     for (int i = 0; i < 2; ++i) {
-        Send(kGorbKeyDown, 0, 0, kKeyTab);
-        Run();
+        Keys({{kKeyTab}});
         EXPECT_EQ(window->Focus(), &box);
     }
 }
@@ -158,11 +128,10 @@ TEST_F(SimpleWidgetsTest, ImagesShowTheirSurfaceUnderTheSelectionAndMarkerAndRep
     EXPECT_EQ(selected, BlendRgb565(Rgb565(style.Colour(ThemeColour::Selection)), Rgb565(0xFF2040C0), 96));
     EXPECT_EQ(marker, Rgb565(style.Colour(ThemeColour::FocusRing)));
 
-    Send(kGorbButton1Down, 40 + 63, 50 + 2);
-    Send(kGorbButton1Up, 40 + 63, 50 + 2);
-    EXPECT_EQ(Run(), (Entries{{kEntryImage, 9, 63u | (2u << 16)}}));
+    Click({40 + 63, 50 + 2});
+    EXPECT_EQ(Drain(), (Entries{{kEntryImage, 9, 63u | (2u << 16)}}));
     image.SetEnabled(false);
-    EXPECT_TRUE(Click(image).empty());
+    EXPECT_TRUE(ClickOn(image).empty());
 }
 
 TEST(GaugeTest, ClampsItsValueAndCaptionsThePercentage) {
@@ -192,17 +161,57 @@ TEST(GaugeTest, ClampsItsValueAndCaptionsThePercentage) {
 // Every kind draws a visible change of state, with the shipped skin and (where the
 // plain look has one) without it.
 TEST_F(SimpleWidgetsTest, EachKindDrawsItsStateChange) {
-    SkinLibrary skin(test::BinaryDir() / "skins");
-    skin.LoadSkin("default.skin");
+    using Make = std::function<Widget&(Window&)>;
+    using Change = std::function<void(Widget&)>;
     struct Case {
         const char* name;
-        std::function<Widget&(Window&)> make;
-        std::function<void(Widget&)> change;
+        Make make;
+        Change change;
         bool skinOnly = false;  // the plain look shows no difference (text needs the skin's font)
+        Gorb_Rect rect = {20, 40, 120, 40};
     };
+    const Gorb_Rect r{20, 40, 120, 40}, wide{20, 40, 200, 14}, tall{20, 40, 14, 200};
     const auto flip = [](Widget& w) { static_cast<ToggleWidget&>(w).SetOn(true); };
     const auto fill = [](Widget& w) { static_cast<Gauge&>(w).SetValue(60); };
-    const Gorb_Rect r{20, 40, 120, 40};
+    const auto move = [](Widget& w) { static_cast<RangeWidget&>(w).SetValue(40); };
+    const auto focus = [this](Widget& w) { toolkit.Focus(w.Owner(), &w); };
+    const auto press = [this](Point at) { return [this, at](Widget&) { Mouse(kGorbButton1Down, at); }; };
+    const auto selectAll = [this](Widget& w) {
+        toolkit.Focus(w.Owner(), &w);
+        Keys({Ctrl(TextLine::kKeyA)});
+    };
+    const auto textLine = [&r](Window& w) -> Widget& {
+        auto& line = w.Emplace<TextLine>(1, r);
+        line.SetText("text");
+        line.SetNumeric(0, 9);
+        return line;
+    };
+    const auto textField = [&r](Window& w) -> Widget& {
+        auto& field = w.Emplace<TextField>(1, r);
+        field.SetText("one\ntwo");
+        return field;
+    };
+    const auto bar = [](bool vertical, const Gorb_Rect& at) {
+        return [vertical, at](Window& w) -> Widget& {
+            auto& b = w.Emplace<ScrollBar>(vertical, 1, at);
+            b.SetTotal(100, 10);
+            return b;
+        };
+    };
+    const auto slider = [](bool vertical, const Gorb_Rect& at) {
+        return [vertical, at](Window& w) -> Widget& {
+            auto& s = w.Emplace<Slider>(vertical, 1, at);
+            s.SetRange(0, 50);
+            return s;
+        };
+    };
+    const auto list = [&r](Window& w) -> Widget& {
+        auto& l = w.Emplace<ListBox>(1, Gorb_Rect{r.x, r.y, r.w, 80});
+        std::vector<ListLine> lines;
+        for (int i = 0; i < 20; ++i) lines.push_back({ListCell{"line " + std::to_string(i)}});
+        l.SetLines(std::move(lines));
+        return l;
+    };
     const Case cases[] = {
         {"check box", [&](Window& w) -> Widget& { return w.Emplace<CheckBox>(1, r, "x"); }, flip},
         {"select box", [&](Window& w) -> Widget& { return w.Emplace<SelectBox>(1, r, "x", 0, 0); }, flip},
@@ -212,8 +221,7 @@ TEST_F(SimpleWidgetsTest, EachKindDrawsItsStateChange) {
          [](Widget& w) { w.SetEnabled(false); }, true},
         {"speed button", [&](Window& w) -> Widget& { return w.Emplace<SpeedButton>(1, r, "play"); },
          [](Widget& w) { w.SetEnabled(false); }, true},
-        {"focused button", [&](Window& w) -> Widget& { return w.Emplace<PushButton>(1, r, "x"); },
-         [](Widget& w) { w.Owner()->SetFocus(&w); }, true},
+        {"focused button", [&](Window& w) -> Widget& { return w.Emplace<PushButton>(1, r, "x"); }, focus, true},
         {"hgauge", [&](Window& w) -> Widget& { return w.Emplace<Gauge>(WidgetKind::HGauge, 1, r); }, fill},
         {"vgauge", [&](Window& w) -> Widget& { return w.Emplace<Gauge>(WidgetKind::VGauge, 1, r); }, fill},
         {"progress", [&](Window& w) -> Widget& { return w.Emplace<ProgressBar>(1, r); }, fill},
@@ -228,21 +236,30 @@ TEST_F(SimpleWidgetsTest, EachKindDrawsItsStateChange) {
          [](Widget& w) { static_cast<Image&>(w).SetSelection({4, 4, 30, 20}, 128); }},
         {"spacer", [&](Window& w) -> Widget& { return w.Emplace<SpaceBar>(WidgetKind::HSpaceBar, 1, r); },
          [](Widget& w) { w.SetHidden(true); }},
+        {"text line focused", textLine, focus},
+        {"text line selected", textLine, selectAll},
+        {"text line plus held", textLine, press({r.x + r.w - 4, r.y + 2})},
+        {"text field focused", textField, focus},
+        {"text field selected", textField, selectAll},
+        {"text field scroll bar", textField,
+         [](Widget& w) { static_cast<TextField&>(w).SetText("1\n2\n3\n4\n5\n6\n7\n8\n9"); }},
+        {"hbar moved", bar(false, wide), move, false, wide},
+        {"hbar held", bar(false, wide), press({wide.x + 2, wide.y + 2}), false, wide},
+        {"vbar moved", bar(true, tall), move, false, tall},
+        {"vbar held", bar(true, tall), press({tall.x + 2, tall.y + 2}), false, tall},
+        {"hslider moved", slider(false, wide), move, false, wide},
+        {"vslider moved", slider(true, tall), move, false, tall},
+        {"list selected", list, [](Widget& w) { static_cast<ListBox&>(w).Select(1); }},
+        {"list scrolled", list, [](Widget& w) { static_cast<ListBox&>(w).SetTop(1); }},
     };
-    const auto pixels = [&] {
-        toolkit.Draw();
-        return SurfacePixels(*screen, r);
-    };
-    for (const SkinLibrary* library : std::vector<const SkinLibrary*>{nullptr, &skin}) {
+    for (const SkinLibrary* library : {static_cast<const SkinLibrary*>(nullptr), &ShippedSkin()}) {
         for (const Case& c : cases) {
             if (c.skinOnly && library == nullptr) continue;
             SCOPED_TRACE(std::string(c.name) + (library != nullptr ? " skinned" : " plain"));
-            toolkit.Init(*screen, library);
-            Window* w = toolkit.OpenWindow(1, {0, 0, 300, 200}, 0, "draw");
-            Widget& widget = c.make(*w);
-            const auto before = pixels();
+            Widget& widget = c.make(*Restart({0, 0, 300, 260}, library));
+            const auto before = Pixels(c.rect);
             c.change(widget);
-            EXPECT_NE(pixels(), before);
+            EXPECT_NE(Pixels(c.rect), before);
         }
     }
 }

@@ -6,11 +6,7 @@
 #include <string>
 #include <vector>
 
-#include "test_support.h"
-#include "ui/entry_kinds.h"
-#include "ui/skin/skin_library.h"
-#include "ui/surface_pixels.h"
-#include "ui/widget_events.h"
+#include "ui/toolkit_fixture.h"
 
 namespace sondrel {
 namespace {
@@ -27,36 +23,22 @@ std::string Lines(int count) {
 // Without a skin there is no font: 8 pixels a character, 12 a line. The field
 // at (20,40) is 200x64, so four lines show from y = 43, text from x = 23; a
 // taller text gets its scroll bar at x 204-217, y 42-101, arrows 14 high.
-class TextFieldTest : public ::testing::Test {
+class TextFieldTest : public ToolkitFixture {
 protected:
     static constexpr int kLeft = 23;
     static constexpr int kFirstLine = 43;
     static constexpr int kBarX = 210;
 
     void SetUp() override {
-        screen = Gorb_CreateSurface(kScreenWidth, kScreenHeight);
-        toolkit.Init(*screen);
-        window = toolkit.OpenWindow(1, {0, 0, 400, 300}, 0, "field");
-        field = &window->Emplace<TextField>(7, Gorb_Rect{20, 40, 200, 64}, 80);
-        other = &window->Emplace<TextField>(8, Gorb_Rect{20, 150, 200, 40});
         field->SetClipboard(&clipboard);
         toolkit.Focus(window, field);
         Drain();
     }
-    void Mouse(int type, int x, int y, uint32_t modifiers = 0) { events.Mouse(type, x, y, modifiers); }
-    void Click(int x, int y, uint32_t modifiers = 0) { events.Click(x, y, modifiers); }
-    bool Keys(const std::vector<Stroke>& strokes) { return events.Keys(strokes); }
-    std::vector<QueueEntry> Drain() { return events.Drain(); }
 
-    QueuedInput input;
-    double now = 0;
-    Toolkit toolkit{input, [this] { return now; }};
-    std::unique_ptr<Gorb_Surface> screen;
-    Window* window = nullptr;
-    TextField* field = nullptr;
-    TextField* other = nullptr;
+    Window* window = Restart({0, 0, 400, 300});
+    TextField* field = &window->Emplace<TextField>(7, Gorb_Rect{20, 40, 200, 64}, 80);
+    TextField* other = &window->Emplace<TextField>(8, Gorb_Rect{20, 150, 200, 40});
     FakeClipboard clipboard;
-    WidgetEvents events{input, toolkit};
 };
 
 TEST_F(TextFieldTest, EditsAcrossLines) {
@@ -117,11 +99,11 @@ TEST_F(TextFieldTest, EditsQueueLineCountsAndLeavingQueuesAValue) {
     field->SetText("ab");
     EXPECT_FALSE(Keys({{F::kKeyEscape}}));
     Keys({{F::kKeyEnd}, Type('c'), {F::kKeyEnter}, {F::kKeyLeft}, {F::kKeyDelete}});
-    EXPECT_EQ(Drain(), (std::vector<QueueEntry>{{kEntryTextField, 7, 1}, {kEntryTextField, 7, 2}, {kEntryTextField, 7, 1}}));
+    EXPECT_EQ(Drain(), (Entries{{kEntryTextField, 7, 1}, {kEntryTextField, 7, 2}, {kEntryTextField, 7, 1}}));
     // Tab still moves the focus; leaving queues the value entry.
     EXPECT_TRUE(Keys({{kKeyTab}}));
     EXPECT_EQ(window->Focus(), other);
-    EXPECT_EQ(Drain(), (std::vector<QueueEntry>{{kEntryValue, 7, 0}}));
+    EXPECT_EQ(Drain(), (Entries{{kEntryValue, 7, 0}}));
 }
 
 TEST_F(TextFieldTest, ScrollingFollowsTheCursorAndTheWheel) {
@@ -131,7 +113,7 @@ TEST_F(TextFieldTest, ScrollingFollowsTheCursorAndTheWheel) {
         std::vector<Stroke> strokes;
         int wheel;  // notches, negative toward the user
         int top;
-        std::vector<QueueEntry> entries;
+        Entries entries;
     };
     const Step steps[] = {
         {"ctrl+end shows the last lines", {Ctrl(F::kKeyEnd)}, 0, 6, {}},
@@ -143,18 +125,14 @@ TEST_F(TextFieldTest, ScrollingFollowsTheCursorAndTheWheel) {
         {"typing brings the cursor back", {Type('!')}, 0, 5, {{kEntryTextField, 7, 10}}},
         {"page up scrolls a page", {{F::kKeyPageUp}}, 0, 1, {}},
     };
-    Mouse(kGorbMouseMove, 100, 60);
+    Mouse(kGorbMouseMove, {100, 60});
     for (const Step& step : steps) {
         SCOPED_TRACE(step.name);
         Keys(step.strokes);
         if (step.wheel != 0) {
-            Gorb_Event event;
-            event.type = step.wheel > 0 ? kGorbWheelUp : kGorbWheelDown;
-            event.x = 100;
-            event.y = 60;
-            event.delta = step.wheel;
-            input.events.push_back(event);
-            toolkit.Update();
+            Queue(step.wheel > 0 ? kGorbWheelUp : kGorbWheelDown, {100, 60});
+            input.events.back().delta = step.wheel;
+            Update();
         }
         EXPECT_EQ(field->Top(), step.top);
         EXPECT_EQ(Drain(), step.entries);
@@ -164,60 +142,33 @@ TEST_F(TextFieldTest, ScrollingFollowsTheCursorAndTheWheel) {
 TEST_F(TextFieldTest, MouseSelectsAndTheScrollBarScrolls) {
     field->SetText(Lines(10));
     // A click on the third shown line, then a drag to the first line's start.
-    Click(kLeft + 3 * 8, kFirstLine + 2 * 12 + 5);
+    Click({kLeft + 3 * 8, kFirstLine + 2 * 12 + 5});
     EXPECT_EQ(field->Cursor(), 14u + 3);
-    Mouse(kGorbButton1Down, kLeft + 2 * 8, kFirstLine + 5, kGorbLeftShift);
-    Mouse(kGorbButton1Up, kLeft + 2 * 8, kFirstLine + 5);
+    Mouse(kGorbButton1Down, {kLeft + 2 * 8, kFirstLine + 5}, kGorbLeftShift);
+    Mouse(kGorbButton1Up, {kLeft + 2 * 8, kFirstLine + 5});
     EXPECT_EQ(field->SelectionStart(), 2u);
     EXPECT_EQ(field->SelectionEnd(), 17u);
     // A drag below the box scrolls the text along.
-    Mouse(kGorbButton1Down, kLeft, kFirstLine + 5);
-    Mouse(kGorbMouseMove, kLeft, kFirstLine + 4 * 12 + 20);
+    Mouse(kGorbButton1Down, {kLeft, kFirstLine + 5});
+    Mouse(kGorbMouseMove, {kLeft, kFirstLine + 4 * 12 + 20});
     EXPECT_EQ(field->Top(), 2);
-    Mouse(kGorbButton1Up, kLeft, kFirstLine + 4 * 12 + 20);
+    Mouse(kGorbButton1Up, {kLeft, kFirstLine + 4 * 12 + 20});
     EXPECT_EQ(field->SelectionStart(), 0u);
 
     field->SetTop(0);
     const std::size_t cursor = field->Cursor();
-    Click(kBarX, 98);  // the lower arrow
+    Click({kBarX, 98});  // the lower arrow
     EXPECT_EQ(field->Top(), 1);
-    Click(kBarX, 45);  // the upper arrow
+    Click({kBarX, 45});  // the upper arrow
     EXPECT_EQ(field->Top(), 0);
     // The grip (14 of the 32-pixel track) dragged to the bottom shows the last lines.
-    Mouse(kGorbButton1Down, kBarX, 60);
-    Mouse(kGorbMouseMove, kBarX, 95);
+    Mouse(kGorbButton1Down, {kBarX, 60});
+    Mouse(kGorbMouseMove, {kBarX, 95});
     EXPECT_EQ(field->Top(), 6);
-    Mouse(kGorbButton1Up, kBarX, 95);
+    Mouse(kGorbButton1Up, {kBarX, 95});
     EXPECT_EQ(field->Cursor(), cursor);  // the bar leaves the cursor where it was
-    Click(kBarX, 62);                    // the track above the grip pages up
+    Click({kBarX, 62});                    // the track above the grip pages up
     EXPECT_EQ(field->Top(), 2);
-}
-
-TEST_F(TextFieldTest, DrawsFocusSelectionAndTheScrollBar) {
-    SkinLibrary skin(test::BinaryDir() / "skins");
-    skin.LoadSkin("default.skin");
-    const Gorb_Rect r{20, 40, 200, 64};
-    const auto pixels = [&](const Gorb_Rect& area) {
-        toolkit.Draw();
-        return SurfacePixels(*screen, area);
-    };
-    for (const SkinLibrary* library : std::vector<const SkinLibrary*>{nullptr, &skin}) {
-        SCOPED_TRACE(library != nullptr ? "skinned" : "plain");
-        toolkit.Init(*screen, library);
-        Window* w = toolkit.OpenWindow(1, {0, 0, 300, 200}, 0, "draw");
-        auto& f = w->Emplace<TextField>(1, r);
-        f.SetText("one\ntwo");
-        auto before = pixels(r);
-        toolkit.Focus(w, &f);
-        EXPECT_NE(pixels(r), before) << "focus";
-        before = pixels(r);
-        Keys({Shift(F::kKeyDown)});
-        EXPECT_NE(pixels(r), before) << "selection";
-        const Gorb_Rect barArea{r.x + r.w - 16, r.y + 2, 14, r.h - 4};
-        before = pixels(barArea);
-        f.SetText(Lines(30));
-        EXPECT_NE(pixels(barArea), before) << "scroll bar";
-    }
 }
 
 }  // namespace

@@ -6,51 +6,28 @@
 #include <string>
 #include <vector>
 
-#include "test_support.h"
-#include "ui/entry_kinds.h"
-#include "ui/skin/skin_library.h"
-#include "ui/surface_pixels.h"
-#include "ui/toolkit.h"
-#include "ui/widget_events.h"
+#include "ui/toolkit_fixture.h"
 
 namespace sondrel {
 namespace {
 
-class TextLineTest : public ::testing::Test {
+class TextLineTest : public ToolkitFixture {
 protected:
     void SetUp() override {
-        screen = Gorb_CreateSurface(kScreenWidth, kScreenHeight);
-        toolkit.Init(*screen);
-        window = toolkit.OpenWindow(1, {0, 0, 400, 300}, 0, "entry");
-        line = &window->Emplace<TextLine>(7, Gorb_Rect{20, 40, 200, 20}, 10);
-        other = &window->Emplace<TextLine>(8, Gorb_Rect{20, 80, 200, 20});
         line->SetClipboard(&clipboard);
         toolkit.Focus(window, line);
     }
-    void Mouse(int type, int x, int y, uint32_t modifiers = 0) { events.Mouse(type, x, y, modifiers); }
-    void Click(int x, int y, uint32_t modifiers = 0) { events.Click(x, y, modifiers); }
-    bool Keys(const std::vector<Stroke>& strokes) { return events.Keys(strokes); }
-    bool Typed(const std::string& text) {
-        std::vector<Stroke> strokes;
-        for (char c : text) strokes.push_back(Type(c));
-        return Keys(strokes);
-    }
-    std::vector<QueueEntry> ValueEntries() {
-        std::vector<QueueEntry> out;
-        while (const QueueEntry* entry = toolkit.PopEntry())
-            if (entry->kind == kEntryValue) out.push_back(*entry);
+    Entries ValueEntries() {
+        Entries out;
+        for (const QueueEntry& entry : Drain())
+            if (entry.kind == kEntryValue) out.push_back(entry);
         return out;
     }
 
-    QueuedInput input;
-    double now = 0;
-    Toolkit toolkit{input, [this] { return now; }};
-    std::unique_ptr<Gorb_Surface> screen;
-    Window* window = nullptr;
-    TextLine* line = nullptr;
-    TextLine* other = nullptr;
+    Window* window = Restart({0, 0, 400, 300});
+    TextLine* line = &window->Emplace<TextLine>(7, Gorb_Rect{20, 40, 200, 20}, 10);
+    TextLine* other = &window->Emplace<TextLine>(8, Gorb_Rect{20, 80, 200, 20});
     FakeClipboard clipboard;
-    WidgetEvents events{input, toolkit};
 };
 
 TEST_F(TextLineTest, EditingKeysChangeTextCursorAndSelection) {
@@ -102,23 +79,23 @@ TEST_F(TextLineTest, EditsReturnAndLosingTheFocusQueueEntries) {
     // tells nothing; Return tells the number in numeric mode.
     const auto notes = [&](const std::vector<Stroke>& strokes) {
         Keys(strokes);
-        return events.Drain();
+        return Drain();
     };
     EXPECT_EQ(notes({Type('a'), Type('b'), {TextLine::kKeyLeft}, {TextLine::kKeyBackspace}, {TextLine::kKeyEnter}}),
-              (std::vector<QueueEntry>{{kEntryTextChanged, 7, 1}, {kEntryTextChanged, 7, 2},
+              (Entries{{kEntryTextChanged, 7, 1}, {kEntryTextChanged, 7, 2},
                                        {kEntryTextChanged, 7, 1}, {kEntryTextReturn, 7, 0}}));
     line->SetNumeric(0, 50);
     line->SetText("77");
-    EXPECT_EQ(notes({{TextLine::kKeyEnter}}), (std::vector<QueueEntry>{{kEntryTextReturn, 7, 50}}));
+    EXPECT_EQ(notes({{TextLine::kKeyEnter}}), (Entries{{kEntryTextReturn, 7, 50}}));
     EXPECT_EQ(line->Text(), "50");
     line->SetNumeric(-100000, 100000);
     line->SetText("");
-    Click(30, 90);
+    Click({30, 90});
     EXPECT_EQ(window->Focus(), other);
-    EXPECT_EQ(ValueEntries(), (std::vector<QueueEntry>{{kEntryValue, 7, 0}}));
+    EXPECT_EQ(ValueEntries(), (Entries{{kEntryValue, 7, 0}}));
     // A disabled entry takes no click and keeps its text.
     line->SetEnabled(false);
-    Click(30, 50);
+    Click({30, 50});
     EXPECT_EQ(window->Focus(), other);
     EXPECT_TRUE(ValueEntries().empty());
 }
@@ -126,15 +103,15 @@ TEST_F(TextLineTest, EditsReturnAndLosingTheFocusQueueEntries) {
 TEST_F(TextLineTest, MouseSetsTheCursorAndDragsOrShiftClicksASelection) {
     line->SetText("abcdefgh");
     const int left = 20 + 3;  // the text starts after the padding; 8 pixels a character without a font
-    Click(left + 2 * 8 + 1, 50);
+    Click({left + 2 * 8 + 1, 50});
     EXPECT_EQ(line->Cursor(), 2u);
     EXPECT_EQ(line->SelectionStart(), line->SelectionEnd());
-    Click(left + 5 * 8, 50, kGorbLeftShift);
+    Click({left + 5 * 8, 50}, kGorbLeftShift);
     EXPECT_EQ(line->SelectionStart(), 2u);
     EXPECT_EQ(line->SelectionEnd(), 5u);
-    Mouse(kGorbButton1Down, left + 6 * 8, 50);
-    Mouse(kGorbMouseMove, left + 1 * 8, 50);
-    Mouse(kGorbButton1Up, left + 1 * 8, 50);
+    Mouse(kGorbButton1Down, {left + 6 * 8, 50});
+    Mouse(kGorbMouseMove, {left + 1 * 8, 50});
+    Mouse(kGorbButton1Up, {left + 1 * 8, 50});
     EXPECT_EQ(line->SelectionStart(), 1u);
     EXPECT_EQ(line->SelectionEnd(), 6u);
     EXPECT_EQ(line->Cursor(), 1u);
@@ -152,48 +129,19 @@ TEST_F(TextLineTest, NumericModeStepsWithinItsRangeAndCommitsOnRelease) {
     for (const Case& c : cases) {
         line->SetNumber(c.start);
         ValueEntries();
-        Mouse(kGorbButton1Down, buttons, c.y);
+        Mouse(kGorbButton1Down, {buttons, c.y});
         now += c.held;
-        toolkit.Update();  // the held button repeats every tick
-        Mouse(kGorbButton1Up, buttons, c.y);
-        EXPECT_EQ(ValueEntries(), (std::vector<QueueEntry>{{kEntryValue, 7, static_cast<uint32_t>(c.committed)}}))
+        Update();  // the held button repeats every tick
+        Mouse(kGorbButton1Up, {buttons, c.y});
+        EXPECT_EQ(ValueEntries(), (Entries{{kEntryValue, 7, static_cast<uint32_t>(c.committed)}}))
             << "from " << c.start;
     }
-    Keys({Ctrl(TextLine::kKeyA)});
-    EXPECT_TRUE(Typed("x-5"));
+    EXPECT_TRUE(Keys({Ctrl(TextLine::kKeyA), Type('x'), Type('-'), Type('5')}));
     EXPECT_EQ(line->Text(), "-5");
     ValueEntries();
     toolkit.Focus(window, other);  // leaving clamps to the minimum
     EXPECT_EQ(line->Text(), "-3");
-    EXPECT_EQ(ValueEntries(), (std::vector<QueueEntry>{{kEntryValue, 7, static_cast<uint32_t>(-3)}}));
-}
-
-TEST_F(TextLineTest, DrawsFocusSelectionAndButtonStates) {
-    SkinLibrary skin(test::BinaryDir() / "skins");
-    skin.LoadSkin("default.skin");
-    const Gorb_Rect r{20, 40, 200, 20};
-    const auto pixels = [&] {
-        toolkit.Draw();
-        return SurfacePixels(*screen, r);
-    };
-    for (const SkinLibrary* library : std::vector<const SkinLibrary*>{nullptr, &skin}) {
-        SCOPED_TRACE(library != nullptr ? "skinned" : "plain");
-        toolkit.Init(*screen, library);
-        Window* w = toolkit.OpenWindow(1, {0, 0, 300, 200}, 0, "draw");
-        auto& entry = w->Emplace<TextLine>(1, r);
-        entry.SetText("text");
-        entry.SetNumeric(0, 9);
-        auto before = pixels();
-        toolkit.Focus(w, &entry);
-        EXPECT_NE(pixels(), before) << "focus";
-        before = pixels();
-        Keys({Shift(TextLine::kKeyHome)});
-        EXPECT_NE(pixels(), before) << "selection";
-        before = pixels();
-        Mouse(kGorbButton1Down, r.x + r.w - 4, r.y + 2);
-        EXPECT_NE(pixels(), before) << "plus held";
-        Mouse(kGorbButton1Up, r.x + r.w - 4, r.y + 2);
-    }
+    EXPECT_EQ(ValueEntries(), (Entries{{kEntryValue, 7, static_cast<uint32_t>(-3)}}));
 }
 
 }  // namespace
