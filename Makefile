@@ -12,7 +12,7 @@ ICON_SIZES   ?= 64 256
 export SDL_VIDEODRIVER ?= offscreen
 export SDL_AUDIODRIVER ?= dummy
 
-.PHONY: all deps configure build run demo icon skin gallery install test test-sanitize bench fuzz clean
+.PHONY: all deps configure build run demo icon skin font gallery install test test-sanitize bench fuzz clean
 
 all: build
 
@@ -48,6 +48,10 @@ icon: build
 # Redraws the committed default skin (picture, skin file, theme) from tools/make_skin.cpp.
 skin: build
 	$(BUILD)/bin/make-skin data/skins
+
+# Redraws the committed pattern grid font sheet from tools/make_font.cpp.
+font: build
+	$(BUILD)/bin/make-font data/modfont.png
 
 # Draws every kind of widget with the shipped skin into $(BUILD)/gallery.png.
 gallery: build
