@@ -158,15 +158,23 @@ TEST(GaugeTest, ClampsItsValueAndCaptionsThePercentage) {
     EXPECT_EQ(bar.Value(), 40);
 }
 
+// A maker of a widget of kind W from the arguments, set up by setup.
+template <class W, class... Args>
+std::function<Widget&(Window&)> Make(std::function<void(W&)> setup, Args... args) {
+    return [=](Window& window) -> Widget& {
+        W& widget = window.Emplace<W>(args...);
+        if (setup) setup(widget);
+        return widget;
+    };
+}
+
 // Every kind draws a visible change of state, with the shipped skin and (where the
 // plain look has one) without it.
 TEST_F(SimpleWidgetsTest, EachKindDrawsItsStateChange) {
-    using Make = std::function<Widget&(Window&)>;
-    using Change = std::function<void(Widget&)>;
     struct Case {
         const char* name;
-        Make make;
-        Change change;
+        std::function<Widget&(Window&)> make;
+        std::function<void(Widget&)> change;
         bool skinOnly = false;  // the plain look shows no difference (text needs the skin's font)
         Gorb_Rect rect = {20, 40, 120, 40};
     };
@@ -174,68 +182,40 @@ TEST_F(SimpleWidgetsTest, EachKindDrawsItsStateChange) {
     const auto flip = [](Widget& w) { static_cast<ToggleWidget&>(w).SetOn(true); };
     const auto fill = [](Widget& w) { static_cast<Gauge&>(w).SetValue(60); };
     const auto move = [](Widget& w) { static_cast<RangeWidget&>(w).SetValue(40); };
+    const auto disable = [](Widget& w) { w.SetEnabled(false); };
     const auto focus = [this](Widget& w) { toolkit.Focus(w.Owner(), &w); };
     const auto press = [this](Point at) { return [this, at](Widget&) { Mouse(kGorbButton1Down, at); }; };
     const auto selectAll = [this](Widget& w) {
         toolkit.Focus(w.Owner(), &w);
         Keys({Ctrl(TextLine::kKeyA)});
     };
-    const auto textLine = [&r](Window& w) -> Widget& {
-        auto& line = w.Emplace<TextLine>(1, r);
-        line.SetText("text");
-        line.SetNumeric(0, 9);
-        return line;
+    const auto textLine = Make<TextLine>([](TextLine& l) { l.SetText("text"), l.SetNumeric(0, 9); }, 1, r);
+    const auto textField = Make<TextField>([](TextField& f) { f.SetText("one\ntwo"); }, 1, r);
+    const auto bar = [](bool vertical, Gorb_Rect at) {
+        return Make<ScrollBar>([](ScrollBar& b) { b.SetTotal(100, 10); }, vertical, 1, at);
     };
-    const auto textField = [&r](Window& w) -> Widget& {
-        auto& field = w.Emplace<TextField>(1, r);
-        field.SetText("one\ntwo");
-        return field;
+    const auto slider = [](bool vertical, Gorb_Rect at) {
+        return Make<Slider>([](Slider& s) { s.SetRange(0, 50); }, vertical, 1, at);
     };
-    const auto bar = [](bool vertical, const Gorb_Rect& at) {
-        return [vertical, at](Window& w) -> Widget& {
-            auto& b = w.Emplace<ScrollBar>(vertical, 1, at);
-            b.SetTotal(100, 10);
-            return b;
-        };
-    };
-    const auto slider = [](bool vertical, const Gorb_Rect& at) {
-        return [vertical, at](Window& w) -> Widget& {
-            auto& s = w.Emplace<Slider>(vertical, 1, at);
-            s.SetRange(0, 50);
-            return s;
-        };
-    };
-    const auto list = [&r](Window& w) -> Widget& {
-        auto& l = w.Emplace<ListBox>(1, Gorb_Rect{r.x, r.y, r.w, 80});
-        std::vector<ListLine> lines;
-        for (int i = 0; i < 20; ++i) lines.push_back({ListCell{"line " + std::to_string(i)}});
+    const auto list = Make<ListBox>([](ListBox& l) {
+        std::vector<ListLine> lines(20, {ListCell{"line"}});
         l.SetLines(std::move(lines));
-        return l;
-    };
+    }, 1, Gorb_Rect{r.x, r.y, r.w, 80});
     const Case cases[] = {
-        {"check box", [&](Window& w) -> Widget& { return w.Emplace<CheckBox>(1, r, "x"); }, flip},
-        {"select box", [&](Window& w) -> Widget& { return w.Emplace<SelectBox>(1, r, "x", 0, 0); }, flip},
-        {"check button", [&](Window& w) -> Widget& { return w.Emplace<CheckButton>(1, r, "x"); }, flip},
-        {"select button", [&](Window& w) -> Widget& { return w.Emplace<SelectButton>(1, r, "x", 0, 0); }, flip},
-        {"disabled", [&](Window& w) -> Widget& { return w.Emplace<CheckButton>(1, r, "x"); },
-         [](Widget& w) { w.SetEnabled(false); }, true},
-        {"speed button", [&](Window& w) -> Widget& { return w.Emplace<SpeedButton>(1, r, "play"); },
-         [](Widget& w) { w.SetEnabled(false); }, true},
-        {"focused button", [&](Window& w) -> Widget& { return w.Emplace<PushButton>(1, r, "x"); }, focus, true},
-        {"hgauge", [&](Window& w) -> Widget& { return w.Emplace<Gauge>(WidgetKind::HGauge, 1, r); }, fill},
-        {"vgauge", [&](Window& w) -> Widget& { return w.Emplace<Gauge>(WidgetKind::VGauge, 1, r); }, fill},
-        {"progress", [&](Window& w) -> Widget& { return w.Emplace<ProgressBar>(1, r); }, fill},
-        {"frame", [&](Window& w) -> Widget& { return w.Emplace<Frame>(1, r); },
-         [](Widget& w) { static_cast<Frame&>(w).SetLabel("Label"); }, true},
-        {"image",
-         [&](Window& w) -> Widget& {
-             auto& image = w.Emplace<Image>(1, r);
-             image.Surface().Fill(image.Surface().FindPixel(0xFFFFFFFF));
-             return image;
-         },
+        {"check box", Make<CheckBox>({}, 1, r, "x"), flip},
+        {"select box", Make<SelectBox>({}, 1, r, "x", 0, 0u), flip},
+        {"check button", Make<CheckButton>({}, 1, r, "x"), flip},
+        {"select button", Make<SelectButton>({}, 1, r, "x", 0, 0u), flip},
+        {"disabled", Make<CheckButton>({}, 1, r, "x"), disable, true},
+        {"speed button", Make<SpeedButton>({}, 1, r, "play"), disable, true},
+        {"focused button", Make<PushButton>({}, 1, r, "x"), focus, true},
+        {"hgauge", Make<Gauge>({}, WidgetKind::HGauge, 1, r), fill},
+        {"vgauge", Make<Gauge>({}, WidgetKind::VGauge, 1, r), fill},
+        {"progress", Make<ProgressBar>({}, 1, r), fill},
+        {"frame", Make<Frame>({}, 1, r), [](Widget& w) { static_cast<Frame&>(w).SetLabel("Label"); }, true},
+        {"image", Make<Image>([](Image& i) { i.Surface().Fill(i.Surface().FindPixel(0xFFFFFFFF)); }, 1, r),
          [](Widget& w) { static_cast<Image&>(w).SetSelection({4, 4, 30, 20}, 128); }},
-        {"spacer", [&](Window& w) -> Widget& { return w.Emplace<SpaceBar>(WidgetKind::HSpaceBar, 1, r); },
-         [](Widget& w) { w.SetHidden(true); }},
+        {"spacer", Make<SpaceBar>({}, WidgetKind::HSpaceBar, 1, r), [](Widget& w) { w.SetHidden(true); }},
         {"text line focused", textLine, focus},
         {"text line selected", textLine, selectAll},
         {"text line plus held", textLine, press({r.x + r.w - 4, r.y + 2})},

@@ -93,11 +93,6 @@ TEST_F(TextLineTest, EditsReturnAndLosingTheFocusQueueEntries) {
     Click({30, 90});
     EXPECT_EQ(window->Focus(), other);
     EXPECT_EQ(ValueEntries(), (Entries{{kEntryValue, 7, 0}}));
-    // A disabled entry takes no click and keeps its text.
-    line->SetEnabled(false);
-    Click({30, 50});
-    EXPECT_EQ(window->Focus(), other);
-    EXPECT_TRUE(ValueEntries().empty());
 }
 
 TEST_F(TextLineTest, MouseSetsTheCursorAndDragsOrShiftClicksASelection) {
