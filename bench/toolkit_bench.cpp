@@ -6,19 +6,33 @@
 #include <benchmark/benchmark.h>
 
 #include <cstdlib>
+#include <deque>
 #include <memory>
 
 #include "platform/gorb.h"
 #include "platform/program_dirs.h"
 #include "ui/skin/skin_library.h"
-#include "ui/queued_input.h"
 #include "ui/toolkit.h"
 #include "ui/widget_gallery.h"
 
 namespace sondrel {
 namespace {
 
-void Move(QueuedInput& input, int x, int y) {
+// Pointer moves fed to the toolkit as if the platform had them.
+class MoveInput : public InputSource {
+public:
+    bool NextEvent(Gorb_Event& event) override {
+        if (events.empty()) return false;
+        event = events.front();
+        events.pop_front();
+        return true;
+    }
+    uint32_t Modifiers() override { return 0; }
+    uint32_t MouseState(int& x, int& y) override { return x = y = 0, 0u; }
+    std::deque<Gorb_Event> events;
+};
+
+void Move(MoveInput& input, int x, int y) {
     Gorb_Event event;
     event.type = kGorbMouseMove;
     event.x = x;
@@ -30,7 +44,7 @@ void BM_ToolkitFrame(benchmark::State& state) {
     SkinLibrary skin(DataDirectoryFor(ProgramDirectory()) / "skins");
     skin.LoadSkin("default.skin");
     auto screen = Gorb_CreateSurface(kScreenWidth, kScreenHeight);
-    QueuedInput input;
+    MoveInput input;
     Toolkit toolkit(input, [] { return 0.0; });
     GalleryScreen gallery(toolkit, *screen, skin);
     gallery.OpenShowcaseMenu(false);
