@@ -5,6 +5,7 @@
 
 #include <gtest/gtest.h>
 
+#include <cctype>
 #include <cstdint>
 #include <deque>
 #include <memory>
@@ -56,6 +57,11 @@ inline Stroke Ctrl(uint16_t key) { return {key, 0, kGorbLeftCtrl}; }
 inline Stroke Shift(uint16_t key) { return {key, 0, kGorbLeftShift}; }
 
 using Entries = std::vector<QueueEntry>;
+
+// A text filter that upper-cases letters and drops everything else.
+inline char UpperLetters(char ch) {
+    return std::isalpha(static_cast<unsigned char>(ch)) ? static_cast<char>(std::toupper(ch)) : '\0';
+}
 
 // The pixels of part of a surface, row by row.
 inline std::vector<uint16_t> SurfacePixels(Gorb_Surface& surface, const Gorb_Rect& rect) {

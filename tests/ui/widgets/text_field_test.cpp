@@ -2,7 +2,6 @@
 
 #include <gtest/gtest.h>
 
-#include <cctype>
 #include <string>
 #include <vector>
 
@@ -67,14 +66,11 @@ TEST_F(TextFieldTest, EditsAcrossLines) {
         {"paste keeps breaks, filtered, cut to the maximum", "ab", {Ctrl(F::kKeyEnd), Ctrl(F::kKeyV)},
          "abX\nY\n" + std::string(74, 'Z'), 80, 80, 80, true},
     };
-    const auto upperLetters = [](char ch) {
-        return std::isalpha(static_cast<unsigned char>(ch)) ? static_cast<char>(std::toupper(ch)) : '\0';
-    };
     for (const Case& c : cases) {
         SCOPED_TRACE(c.name);
         field->SetText(c.start);
         clipboard.text = "x1\ny\n" + std::string(100, 'z');
-        field->SetFilter(c.upperLetters ? F::Filter(upperLetters) : F::Filter{});
+        field->SetFilter(c.upperLetters ? F::Filter(UpperLetters) : F::Filter{});
         EXPECT_TRUE(Keys(c.strokes));
         EXPECT_EQ(field->Text(), c.text);
         EXPECT_EQ(field->Cursor(), c.cursor);

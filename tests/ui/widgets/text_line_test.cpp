@@ -2,7 +2,6 @@
 
 #include <gtest/gtest.h>
 
-#include <cctype>
 #include <string>
 #include <vector>
 
@@ -54,14 +53,11 @@ TEST_F(TextLineTest, EditingKeysChangeTextCursorAndSelection) {
         {"select all then delete", {Ctrl(T::kKeyA), {T::kKeyDelete}}, "", 0, 0, 0},
         {"filtered typing and paste", {Type('a'), Type('1'), Ctrl(T::kKeyV)}, "abcdeACLIP", 10, 10, 10, "", true},
     };
-    const auto upperLetters = [](char ch) {
-        return std::isalpha(static_cast<unsigned char>(ch)) ? static_cast<char>(std::toupper(ch)) : '\0';
-    };
     for (const Case& c : cases) {
         SCOPED_TRACE(c.name);
         line->SetText("abcde");
         clipboard.text = "clipboard!";
-        line->SetFilter(c.lettersOnly ? TextLine::Filter(upperLetters) : TextLine::Filter{});
+        line->SetFilter(c.lettersOnly ? TextLine::Filter(UpperLetters) : TextLine::Filter{});
         EXPECT_TRUE(Keys(c.strokes));
         EXPECT_EQ(line->Text(), c.text);
         EXPECT_EQ(line->Cursor(), c.cursor);
