@@ -77,6 +77,8 @@ public:
 
     void Invalidate(uint32_t bits) { state_.dirtyFlags |= bits; }
     uint32_t DirtyFlags() const { return state_.dirtyFlags; }
+    // Called by the drawing side once it has repainted what was asked for.
+    void ClearDirtyFlags() { state_.dirtyFlags = 0; }
 
     // Cursor and selection. Either shift bit in modifiers keeps the anchor,
     // growing the selection; otherwise the anchor follows the cursor.
