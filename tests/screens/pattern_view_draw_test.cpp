@@ -202,9 +202,6 @@ TEST(PatternViewDrawTest, ShortPatternEndsWithAWhiteLineAndBlankRows) {
     // Line 19's number is drawn in the normal colour; nothing is dimmed.
     EXPECT_GT(CountPixels(s, {4, DrawFixture::RowY(19) + 2, 24, 9}, kNormalInk), 0);
     EXPECT_EQ(CountPixels(s, {0, 0, kGridWidth, kGridHeight}, kDimmedInk), 0);
-
-    // The grid as a picture, to look at.
-    s.SavePng("pattern_view_grid_short.png");
 }
 
 TEST(PatternViewDrawTest, TactLinesAndDimmedNotes) {
@@ -235,7 +232,7 @@ TEST(PatternViewDrawTest, TactLinesAndDimmedNotes) {
         EXPECT_EQ(CountPixels(s, area, kDimmedInk) > 0, c.dimmed) << c.row;
         EXPECT_EQ(CountPixels(s, area, kNormalInk) > 0, !c.dimmed) << c.row;
     }
-    s.SavePng("pattern_view_grid.png");
+    s.SavePng("pattern_view_grid.png");  // the drawn grid, to look at
 }
 
 TEST(PatternViewDrawTest, HeaderIsRepaintedOnlyOnAFullRequest) {
