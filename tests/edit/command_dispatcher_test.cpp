@@ -1,0 +1,241 @@
+#include "edit/command_dispatcher.h"
+
+#include <gtest/gtest.h>
+
+#include <filesystem>
+
+#include "edit/main_menu.h"
+#include "edit/note_keys.h"
+#include "edit/tool_test_support.h"
+#include "files/export/export_command.h"
+#include "screens/main_screen.h"
+#include "ui/entry_kinds.h"
+
+namespace sondrel::test {
+namespace {
+
+namespace fs = std::filesystem;
+
+constexpr uint16_t kCtrl = 0x0004;
+
+// Answers file requests from a script and takes modules over as the program does.
+class FakeHost : public CommandHost {
+public:
+    FakeHost(Module& module, PatternView& view, UndoHistory& undo) : module_(module), view_(view), undo_(undo) {}
+    std::string RequestFile(const std::vector<std::string>&, const std::string& title, bool saveMode,
+                            const std::string&) override {
+        requests.push_back((saveMode ? "save: " : "load: ") + title);
+        return answer;
+    }
+    void ReplaceModule(std::unique_ptr<Module> fresh) override {
+        module_ = std::move(*fresh);
+        view_.SetModule(module_);
+        undo_.Reset(module_);
+        ++replaced;
+    }
+    void ModuleFileUsed(const std::string& path) override { used.push_back(path); }
+    std::string RecentModule(int index) override { return index == 0 ? answer : std::string(); }
+    void ShowDialog(ProgramDialog) override { ++dialogs; }
+    bool EditMidiExportOptions(MidiExportOptions&) override { return true; }
+    ImportOptionsProvider& ImportOptions() override { return imports_; }
+
+    std::string answer;
+    std::vector<std::string> requests, used;
+    int replaced = 0;
+    int dialogs = 0;
+
+private:
+    Module& module_;
+    PatternView& view_;
+    UndoHistory& undo_;
+    ImportOptionsProvider imports_;
+};
+
+class DispatcherTest : public ToolsTest {
+protected:
+    DispatcherTest() { dispatcher.SetMenus(&menus); }
+
+    void Key(uint16_t scanCode, uint16_t modifiers = 0, bool repeat = false, bool taken = false) {
+        dispatcher.Handle({kEntryKeyDown, PackKeyA(scanCode, 0), PackKeyB(modifiers, repeat, taken)});
+    }
+    void Menu(int command) { dispatcher.Handle({kEntryMenuCommand, static_cast<uint32_t>(command), 0}); }
+    // A note written at the cursor: the module now differs from its saved state.
+    void Modify() {
+        Key(kScanQ);
+        ASSERT_TRUE(undo.IsModified());
+    }
+    const MenuEntry& MenuItem(int command) { return *FindMenuEntry(menus, command); }
+
+    FakeHost host{*module, view, undo};
+    std::vector<MenuTitle> menus = MainMenuTitles();
+    CommandDispatcher dispatcher{ctx, dialogs, host};
+};
+
+TEST_F(DispatcherTest, CtrlKeysUndoRedoSaveAndActOnceWhileLettersAloneEnterNotes) {
+    // Y and Z alone are notes; with Ctrl, Y takes the note back and Z puts it in again.
+    Key(kScanY);
+    const uint8_t entered = Line(0).note[0];
+    EXPECT_NE(entered, kEmptyNote);
+    Key(kScanY, kCtrl);
+    EXPECT_EQ(Line(0).note[0], kEmptyNote);
+    Key(kScanZ, kCtrl);
+    EXPECT_EQ(Line(0).note[0], entered);
+
+    // Ctrl with S, B, N, M, comma, period or slash saves; N alone enters a note.
+    for (uint16_t key : {kScanS, kScanB, kScanN, kScanM, kScanComma, kScanPeriod, kScanSlash}) Key(key, kCtrl);
+    EXPECT_EQ(host.requests, std::vector<std::string>(7, "save: Save module"));
+    const auto beforeN = Snapshot();
+    Key(kScanN);
+    EXPECT_EQ(host.requests.size(), 7u);
+    EXPECT_FALSE(*module == *beforeN);
+
+    // Copy and the gradients ignore a held key's repeats; F alone does nothing.
+    Key(kScanC, kCtrl, true);
+    EXPECT_FALSE(dispatcher.Clipboard().HasContent());
+    Key(kScanC, kCtrl);
+    EXPECT_TRUE(dispatcher.Clipboard().HasContent());
+    const auto before = Snapshot();
+    Key(kScanF);
+    Key(kScanF, kCtrl, true);
+    Key(kScanG, kCtrl, true);
+    EXPECT_TRUE(prompts.messages.empty());
+    EXPECT_TRUE(*module == *before);
+    Key(kScanF, kCtrl);  // a one-line frame: the gradient says why it can't
+    EXPECT_EQ(prompts.messages.size(), 1u);
+
+    // A key a widget took, and Escape, do nothing here.
+    Key(kScanQ, 0, false, true);
+    Key(0x01);
+    EXPECT_TRUE(*module == *before);
+    EXPECT_FALSE(dispatcher.QuitRequested());
+
+    // Ctrl+P plays, and stops what plays.
+    Key(kScanP, kCtrl);
+    EXPECT_TRUE(song.Playing());
+    Key(kScanP, kCtrl);
+    EXPECT_FALSE(song.Playing());
+}
+
+TEST_F(DispatcherTest, LosingChangesIsConfirmedAndNoAbandonsTheCommand) {
+    struct Case {
+        int command;
+        const char* question;
+    };
+    const Case cases[] = {{kMenuNewModule, kConfirmNew},
+                          {kMenuLoadModule, kConfirmLoad},
+                          {kMenuRecentFirst, kConfirmLoad},
+                          {kMenuQuit, kConfirmQuit}};
+    host.answer = (test::SourceDir() / "data" / "demo.sdrltk").string();
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.command);
+        prompts.questions.clear();
+        host.replaced = 0;
+        Modify();
+        prompts.answers = {false};
+        Menu(c.command);
+        EXPECT_EQ(prompts.questions, std::vector<std::string>{c.question});
+        EXPECT_EQ(host.replaced, 0);
+        EXPECT_FALSE(dispatcher.QuitRequested());
+
+        prompts.answers = {true};
+        Menu(c.command);
+        if (c.command == kMenuQuit) EXPECT_TRUE(dispatcher.QuitRequested());
+        else EXPECT_EQ(host.replaced, 1);
+    }
+    // A loaded module is not modified: loading again asks nothing.
+    prompts.answers = {true};
+    Menu(kMenuLoadModule);
+    prompts.questions.clear();
+    Menu(kMenuLoadModule);
+    EXPECT_TRUE(prompts.questions.empty());
+    EXPECT_EQ(module->title, "Four Corners");
+}
+
+TEST_F(DispatcherTest, FilesThatFailAreToldAndASaveMarksTheModuleSaved) {
+    scratch.emplace();
+    host.answer = (*scratch / "missing.sdrltk").string();
+    Menu(kMenuLoadModule);
+    EXPECT_EQ(prompts.messages, std::vector<std::string>{kCouldNotLoadModule});
+    EXPECT_EQ(host.replaced, 0);
+
+    Modify();
+    host.answer = (*scratch / "no such folder" / "song.sdrltk").string();
+    Menu(kMenuSaveModuleAs);
+    EXPECT_EQ(prompts.messages.back(), kCouldNotSaveModule);
+    EXPECT_TRUE(undo.IsModified());
+
+    // Saved under a name, the module keeps it: "Save module" asks for none.
+    host.answer = (*scratch / "song.sdrltk").string();
+    Menu(kMenuSaveModuleAs);
+    EXPECT_FALSE(undo.IsModified());
+    EXPECT_TRUE(fs::exists(*scratch / "song.sdrltk"));
+    Modify();
+    host.requests.clear();
+    Key(kScanS, kCtrl);
+    EXPECT_TRUE(host.requests.empty());
+    EXPECT_FALSE(undo.IsModified());
+
+    // Its folder gone, the module can't be saved where it came from.
+    module->directory = (*scratch / "gone").string();
+    Modify();
+    Menu(kMenuSaveModule);
+    EXPECT_EQ(prompts.messages.back(), kCouldNotSaveModule);
+    EXPECT_TRUE(undo.IsModified());
+
+    Menu(kMenuExportEsdrltk);
+    EXPECT_EQ(prompts.messages.back(), kExportNotAvailable);
+}
+
+TEST_F(DispatcherTest, MenusShowWhatCanActAndTheOptions) {
+    EXPECT_FALSE(MenuItem(kMenuUndo).enabled);
+    EXPECT_FALSE(MenuItem(kMenuRedo).enabled);
+    Modify();
+    EXPECT_TRUE(MenuItem(kMenuUndo).enabled);
+    dispatcher.Handle({kEntryValue, kControlPlay, 0});
+    EXPECT_FALSE(MenuItem(kMenuUndo).enabled);
+    dispatcher.Handle({kEntryValue, kControlStop, 0});
+    Menu(kMenuUndo);
+    EXPECT_FALSE(MenuItem(kMenuUndo).enabled);
+    EXPECT_TRUE(MenuItem(kMenuRedo).enabled);
+
+    Menu(kMenuWrapVolume);
+    Menu(kMenuPasteDelete);
+    Menu(kMenuPasteDelete);
+    EXPECT_TRUE(MenuItem(kMenuWrapVolume).checked);
+    EXPECT_FALSE(MenuItem(kMenuPasteDelete).checked);
+    EXPECT_TRUE(dispatcher.Options().wrapVolume);
+}
+
+TEST_F(DispatcherTest, ControlsSetTheEditorAndTheWheelScrollsTheGrid) {
+    Fill(128);
+    dispatcher.Handle({kEntryValue, kControlOctave, 4});
+    dispatcher.Handle({kEntryTextReturn, kControlLineStep, 3});
+    dispatcher.Handle({kEntryValue, kControlVolume, 9});
+    dispatcher.Handle({kEntryValue, kControlSpeed, 40});
+    dispatcher.Handle({kEntryToggle, kControlTestMode, 1});
+    dispatcher.Handle({kEntryListLine, kControlInstrumentList, 5});
+    const EditSettings& settings = view.Settings();
+    EXPECT_EQ(settings.octave, 6);
+    EXPECT_EQ(settings.lineStep, 3);
+    EXPECT_EQ(settings.defaultVolume, 9);
+    EXPECT_TRUE(settings.testMode);
+    EXPECT_EQ(settings.currentInstrument, 5);
+    EXPECT_EQ(song.GetSpeed(), 40);
+
+    dispatcher.Handle({kEntryChoice, kControlChannel, 2});
+    EXPECT_EQ(song.GetChannelMask(), 0xFB);
+    dispatcher.Handle({kEntryChoice, kControlChannel, 2});
+    EXPECT_EQ(song.GetChannelMask(), 0xFF);
+
+    dispatcher.Handle({kEntryWheelDown, static_cast<uint32_t>(-1), 0});
+    dispatcher.Handle({kEntryWheelDown, static_cast<uint32_t>(-1), 0});
+    EXPECT_EQ(view.State().topLine, 32);
+    dispatcher.Handle({kEntryWheelUp, 1, 0});
+    EXPECT_EQ(view.State().topLine, 16);
+    dispatcher.Handle({kEntryValue, kControlPlay, 0});
+    dispatcher.Handle({kEntryWheelUp, 1, 0});
+    EXPECT_EQ(view.State().topLine, 16);
+}
+
+}  // namespace
+}  // namespace sondrel::test
