@@ -4,21 +4,26 @@
 #include <cstdio>
 #include <cstdlib>
 #include <mutex>
+#include <optional>
 #include <system_error>
 
 #include "app/command_line.h"
 #include "app/editor.h"
 #include "app/midi_in.h"
 #include "app/midi_note_entry.h"
+#include "edit/main_menu.h"
+#include "files/export/export_command.h"
 #include "files/module_file.h"
 #include "model/exception.h"
 #include "model/notes.h"
 #include "model/storable_text.h"
 #include "platform/fault_trap.h"
 #include "platform/program_dirs.h"
+#include "screens/main_screen.h"
 #include "sound/audio_output.h"
 #include "sound/song_player.h"
 #include "ui/entry_kinds.h"
+#include "ui/menu_bar.h"
 #include "ui/requesters/requesters.h"
 #include "ui/skin/skin_library.h"
 #include "ui/toolkit.h"
@@ -26,13 +31,27 @@
 
 namespace sondrel {
 
-namespace {
+// The tools' dialogs that are not there yet say so and change nothing.
+class ProgramDialogs : public ToolDialogs {
+public:
+    explicit ProgramDialogs(Requesters& requesters) : requesters_(requesters) {}
+    std::optional<PatternSettings> EditPatternSettings(const PatternSettings&) override { return Missing(); }
+    std::optional<PatternSettings> NewPatternSettings(const PatternSettings&) override { return Missing(); }
+    std::optional<int> ResizePattern(int) override { return Missing(); }
+    std::optional<ModuleSettings> EditModuleSettings(const ModuleSettings&) override { return Missing(); }
+    std::optional<ChangeInstrumentsRequest> ChangeInstruments(const Module&) override { return Missing(); }
+    std::optional<CopyChannelsRequest> CopyChannels(const Module&) override { return Missing(); }
 
-constexpr uint32_t kTitleColour = 0xFFD8DEE9;
-constexpr uint32_t kInfoColour = 0xFF8894A8;
-// A font the system may have; without it the screen stays plain.
-constexpr char kSystemFont[] = "/usr/share/fonts/truetype/dejavu/DejaVuSans.ttf";
-constexpr uint16_t kEscapeKey = 1;
+private:
+    std::nullopt_t Missing() {
+        requesters_.ShowMessage(kExportNotAvailable);
+        return std::nullopt;
+    }
+
+    Requesters& requesters_;
+};
+
+namespace {
 
 long EnvironmentNumber(const char* name) {
     const char* text = std::getenv(name);
@@ -45,9 +64,6 @@ void ChangeDirectory(const std::filesystem::path& directory) {
     std::error_code ignored;
     std::filesystem::current_path(directory, ignored);
 }
-
-// Imports take the options each importer proposes until their dialogs exist.
-class ProposedImportOptions : public ImportOptionsProvider {};
 
 // The toolkit reads its input through the shell's platform, so tests can
 // script it.
@@ -206,6 +222,9 @@ bool Application::StartUp() {
     midiIn_ = std::make_unique<MidiIn>(platform_.CreateMidiDevice());
     editor_ = std::make_unique<Editor>(*module_, *song_, *notes_, *audioMutex_, *requesters_);
     midiEntry_ = std::make_unique<MidiNoteEntry>(editor_->Context());
+    dialogs_ = std::make_unique<ProgramDialogs>(*requesters_);
+    dispatcher_ = std::make_unique<CommandDispatcher>(editor_->Context(), *dialogs_, static_cast<CommandHost&>(*this));
+    dispatcher_->SetMenus(&menuBar_->Titles());
     if (prefs_.midiInEnable) midiIn_->Open(prefs_.midiInDeviceId);
 
     TonePeriodTable();
@@ -238,9 +257,14 @@ void Application::FramePresented(bool insideRequester) {
     if (frames_ == options_.faultAfterFrames) std::raise(SIGSEGV);
     if (options_.exitAfterFrames > 0 && frames_ >= options_.exitAfterFrames) {
         // Inside a requester the request goes through its loop, which hands it back here.
+        // Unattended runs end without asking about changes.
         if (insideRequester) toolkit_->Queue().PushEntry(kEntryCloseRequest, 0);
-        else RequestClose();
+        else quitRequested_ = true;
     }
+}
+
+bool Application::FrameLimitReached() const {
+    return options_.exitAfterFrames > 0 && frames_ >= options_.exitAfterFrames;
 }
 
 void Application::PollInput() { platform_.UpdateInput(); }
@@ -252,25 +276,37 @@ void Application::DrawFrame() {
 }
 
 bool Application::HandleCloseRequest() {
-    RequestClose();
+    if (FrameLimitReached()) quitRequested_ = true;
+    else RequestClose();
     return quitRequested_;
 }
 
 void Application::RequestClose() {
-    // Asking to save a changed module comes with the quit command.
-    quitRequested_ = true;
+    if (dispatcher_ ? dispatcher_->Quit() : true) quitRequested_ = true;
 }
 
 bool Application::LoadModule(const std::string& path) {
-    ProposedImportOptions options;
     std::unique_ptr<Module> fresh;
     try {
-        fresh = LoadNewModule(path, options);
+        fresh = LoadNewModule(path, importOptions_);
     } catch (const Exception&) {
         platform_.ShowMessage(kCouldNotLoadModule);
         return false;
     }
     if (!fresh) return false;
+    ReplaceModule(std::move(fresh));
+    ModuleFileUsed(path);
+    return true;
+}
+
+// ---- What the command dispatcher needs ----
+
+std::string Application::RequestFile(const std::vector<std::string>& patterns, const std::string& title,
+                                     bool saveMode, const std::string& defaultExtension) {
+    return requesters_->RequestFile(patterns, title, saveMode, defaultExtension);
+}
+
+void Application::ReplaceModule(std::unique_ptr<Module> fresh) {
     std::lock_guard<AudioMutex> lock(*audioMutex_);
     song_->Stop();
     *module_ = std::move(*fresh);
@@ -278,8 +314,27 @@ bool Application::LoadModule(const std::string& path) {
     notes_->StopAll();
     notes_->ConfigureChip(module_->chipType, module_->frequencyDivider);
     if (editor_) editor_->ModuleReplaced();
-    return true;
 }
+
+void Application::ModuleFileUsed(const std::string& path) {
+    std::error_code error;
+    const std::filesystem::path absolute = std::filesystem::absolute(path, error);
+    if (!RecordRecentModule(prefs_, error ? std::filesystem::path(path) : absolute) || !menuBar_) return;
+    menuBar_->Titles() = MainMenuTitles({prefs_.lastModules.begin(), prefs_.lastModules.end()});
+    if (dispatcher_) dispatcher_->RefreshMenus();
+}
+
+std::string Application::RecentModule(int index) {
+    int seen = 0;
+    for (const std::string& path : prefs_.lastModules)
+        if (!path.empty() && seen++ == index) return path;
+    return {};
+}
+
+void Application::ShowDialog(ProgramDialog) { requesters_->ShowMessage(kExportNotAvailable); }
+
+// The export table's dialog is not there yet: the defaults stand.
+bool Application::EditMidiExportOptions(MidiExportOptions&) { return true; }
 
 void Application::StartPlaying() {
     std::lock_guard<AudioMutex> lock(*audioMutex_);
@@ -323,6 +378,7 @@ void Application::ShutDown() {
         if (midiIn_) midiIn_->Close();
         midiEntry_.reset();
         midiIn_.reset();
+        dispatcher_.reset();
         editor_.reset();
         song_.reset();
         notes_.reset();
@@ -344,23 +400,23 @@ void Application::StartToolkit() {
     toolkit_->SetClipboard(clipboard_.get());
     if (Gorb_Surface* screen = platform_.Screen()) toolkit_->Init(*screen, skins_.get());
     requesters_ = std::make_unique<Requesters>(*toolkit_, static_cast<RequesterHost&>(*this));
-    // The pattern font, the menus and the main screen's widgets start here.
-    // Until then a system font, if there is one, names the program.
-    try {
-        if (std::filesystem::exists(kSystemFont)) titleFont_ = Gorb_CreateFont(kSystemFont, 40);
-    } catch (const Exception&) {
-        titleFont_.reset();
-    }
+    menuBar_ = std::make_unique<DropDownMenuBar>(
+        MainMenuTitles({prefs_.lastModules.begin(), prefs_.lastModules.end()}), kScreenWidth, toolkit_->Style().font);
+    toolkit_->SetMenuBar(menuBar_.get());
+    screenWidgets_ = BuildMainScreen(*toolkit_, kScreenWidth, kScreenHeight, menuBar_->BarHeight());
 }
 
 void Application::UpdateToolkit() { toolkit_->Update(); }
 
 void Application::DispatchCommands() {
-    // Every entry of the toolkit's queue goes to the command dispatcher here.
-    while (const QueueEntry* entry = toolkit_->PopEntry()) {
-        const bool escape = entry->kind == kEntryKeyDown && KeyCode(entry->a) == kEscapeKey && !KeyTaken(entry->b);
-        if (entry->kind == kEntryCloseRequest || escape) RequestClose();
+    while (const QueueEntry* next = toolkit_->PopEntry()) {
+        // A command may run requesters, whose frames take entries from the same queue.
+        const QueueEntry entry = *next;
+        dispatcher_->Handle(entry);
+        if (dispatcher_->QuitRequested()) quitRequested_ = true;
     }
+    // The song may have stopped by itself since the last frame.
+    dispatcher_->RefreshMenus();
 }
 
 void Application::EnterMidiNotes() {
@@ -378,22 +434,15 @@ void Application::DrawScreen() {
     Gorb_Surface* screen = platform_.Screen();
     if (!screen) return;
     toolkit_->Draw();
-    if (!titleFont_ || !toolkit_->Stack().empty()) return;
-    const int width = titleFont_->TextWidth(kProgramTitle);
-    const int top = screen->Height() / 2 - titleFont_->Height();
-    titleFont_->Print(*screen, (screen->Width() - width) / 2, top, kProgramTitle, kTitleColour);
-
-    const std::string name = module_->title.empty() ? RecordedPath(*module_) : module_->title;
-    if (name.empty()) return;
-    // The module's name below it, when it fits.
-    const int nameWidth = titleFont_->TextWidth(name);
-    if (nameWidth > screen->Width() - 40) return;
-    titleFont_->Print(*screen, (screen->Width() - nameWidth) / 2, top + titleFont_->Height() + 16, name, kInfoColour);
 }
 
 void Application::StopToolkit() {
-    titleFont_.reset();
+    dispatcher_.reset();
+    dialogs_.reset();
     requesters_.reset();
+    if (toolkit_) toolkit_->SetMenuBar(nullptr);
+    screenWidgets_ = {};
+    menuBar_.reset();
     if (toolkit_) toolkit_->Shutdown();
     toolkit_.reset();
     clipboard_.reset();

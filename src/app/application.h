@@ -12,7 +12,9 @@
 
 #include "app/app_platform.h"
 #include "app/preferences.h"
+#include "edit/command_dispatcher.h"
 #include "model/module.h"
+#include "screens/pattern_view_widgets.h"
 #include "sound/audio_mutex.h"
 #include "ui/requesters/requester_host.h"
 
@@ -29,6 +31,8 @@ class Toolkit;
 class InputSource;
 class Requesters;
 class Clipboard;
+class DropDownMenuBar;
+class ProgramDialogs;
 
 inline constexpr char kProgramTitle[] = "Sondrel";
 inline constexpr char kCouldNotLoadPreferences[] = "Couldn't load the preferences file (sondrel.prefs).";
@@ -72,7 +76,7 @@ struct AppPaths {
 // stderr when the runtime files can't be found.
 AppPaths CurrentAppPaths();
 
-class Application : private RequesterHost {
+class Application : private RequesterHost, private CommandHost {
 public:
     Application(AppPlatform& platform, AppPaths paths, AppOptions options = {});
     ~Application();
@@ -86,7 +90,8 @@ public:
     // and takes it over; on failure shows "Couldn't load module." and keeps
     // the current one.
     bool LoadModule(const std::string& path);
-    // The close request (the window's close box, Escape for now).
+    // The close request (the window's close box): asks first when the
+    // module has changed.
     void RequestClose();
 
     // The message, question and file requesters over the main screen; each
@@ -94,6 +99,9 @@ public:
     Requesters& Requests() { return *requesters_; }
 
     Module& CurrentModule() { return *module_; }
+    // The main screen's widgets, for the pattern view to fill.
+    const PatternViewWidgets& ScreenWidgets() const { return screenWidgets_; }
+    DropDownMenuBar& MainMenu() { return *menuBar_; }
     const Preferences& Prefs() const { return prefs_; }
     const std::string& ProgramName() const { return programName_; }
     long Frames() const { return frames_; }
@@ -115,14 +123,25 @@ private:
     void StopToolkit();
 
     void StartPlaying();
-    // Counts a presented frame; the unattended frame limit asks to close.
+    // Counts a presented frame; the unattended frame limit closes the program.
     void FramePresented(bool insideRequester);
+    bool FrameLimitReached() const;
 
     // What a requester's frames need of the main loop.
     void PollInput() override;
     void DrawFrame() override;
     bool HandleCloseRequest() override;
     std::filesystem::path PreferencesFile() const;
+
+    // What the command dispatcher needs of the program.
+    std::string RequestFile(const std::vector<std::string>& patterns, const std::string& title, bool saveMode,
+                            const std::string& defaultExtension) override;
+    void ReplaceModule(std::unique_ptr<Module> fresh) override;
+    void ModuleFileUsed(const std::string& path) override;
+    std::string RecentModule(int index) override;
+    void ShowDialog(ProgramDialog dialog) override;
+    bool EditMidiExportOptions(MidiExportOptions& options) override;
+    ImportOptionsProvider& ImportOptions() override { return importOptions_; }
 
     AppPlatform& platform_;
     AppPaths paths_;
@@ -146,7 +165,11 @@ private:
     std::unique_ptr<Clipboard> clipboard_;
     std::unique_ptr<Toolkit> toolkit_;
     std::unique_ptr<Requesters> requesters_;
-    std::unique_ptr<Gorb_Font> titleFont_;
+    std::unique_ptr<DropDownMenuBar> menuBar_;
+    PatternViewWidgets screenWidgets_;
+    std::unique_ptr<ProgramDialogs> dialogs_;
+    std::unique_ptr<CommandDispatcher> dispatcher_;
+    ImportOptionsProvider importOptions_;  // imports take what each importer proposes until their dialogs exist
     bool quitRequested_ = false;
     long frames_ = 0;
 };

@@ -269,20 +269,29 @@ TEST_F(ApplicationTest, AnExceptionOrAFaultInTheLoopSavesTheModuleAndShutsDown) 
     EXPECT_EQ(platform.log.back(), "close display");
 }
 
-TEST_F(ApplicationTest, EscapeOrTheCloseBoxEndsTheLoop) {
-    platform.events.push_back({.type = kGorbKeyDown, .key = 57});
+TEST_F(ApplicationTest, EscapeKeepsTheProgramRunningAndTheCloseBoxAsksBeforeLosingChanges) {
+    // Unchanged, the module goes at once; Escape at the start did nothing.
     platform.events.push_back({.type = kGorbKeyDown, .key = 1});
-    Application app(platform, paths);
-    EXPECT_EQ(app.Run("sondrel"), 0);
-    EXPECT_EQ(app.Frames(), 1);
-
-    platform.frames = 0;
     platform.onFrame = [&](long frame) {
         if (frame == 4) platform.events.push_back({.type = kGorbCloseRequest});
     };
-    Application again(platform, paths);
-    EXPECT_EQ(again.Run("sondrel"), 0);
-    EXPECT_EQ(again.Frames(), 5);
+    {
+        Application app(platform, paths);
+        EXPECT_EQ(app.Run("sondrel"), 0);
+        EXPECT_EQ(app.Frames(), 5);
+    }
+
+    // A note typed first: the close box asks, and Return on "Yes" quits.
+    platform.frames = 0;
+    platform.events.push_back({.type = kGorbKeyDown, .key = 0x10});
+    platform.onFrame = [&](long frame) {
+        if (frame == 4) platform.events.push_back({.type = kGorbCloseRequest});
+        if (frame == 7) platform.events.push_back({.type = kGorbKeyDown, .key = 0x1C});
+    };
+    Application app(platform, paths);
+    EXPECT_EQ(app.Run("sondrel"), 0);
+    EXPECT_NE(app.CurrentModule().patterns[0].lines[0].note[0], 255);
+    EXPECT_EQ(app.Frames(), 8);
 }
 
 TEST_F(ApplicationTest, RequestersRunFramesOfTheirOwnAndPassOnACloseRequest) {
