@@ -182,7 +182,13 @@ TEST_F(DispatcherTest, FilesThatFailAreToldAndASaveMarksTheModuleSaved) {
     EXPECT_EQ(prompts.messages.back(), kCouldNotSaveModule);
     EXPECT_TRUE(undo.IsModified());
 
+    // Exports ask under their format's title; the compact replay format only says it isn't there.
+    host.requests.clear();
+    host.answer = (*scratch / "song.vgm").string();
+    Menu(kMenuExportVgm);
     Menu(kMenuExportEsdrltk);
+    EXPECT_EQ(host.requests, std::vector<std::string>{"save: Export module as VGM"});
+    EXPECT_TRUE(fs::exists(*scratch / "song.vgm"));
     EXPECT_EQ(prompts.messages.back(), kExportNotAvailable);
 }
 
