@@ -53,8 +53,14 @@ void UndoHistory::Close() {
 void UndoHistory::Advance(uint32_t n) {
     // The oldest entries come first in the store; stop at the first one whose
     // data begins beyond what was just written. The entry being written stays.
+    // A repeat-position entry keeps nothing in the store: it goes only with the
+    // entry after it, so it is judged by the first later entry that keeps data.
     while (count_ > 1) {
-        uint32_t start = entries_[tail_].storeStart;
+        uint32_t keeper = tail_;
+        while (entries_[keeper].kind == UndoKind::RepeatPosition && keeper != ((head_ - 1) & kRingMask))
+            keeper = (keeper + 1) & kRingMask;
+        if (keeper == ((head_ - 1) & kRingMask)) break;
+        uint32_t start = entries_[keeper].storeStart;
         if (start < storePos_) start += kSlots;
         if (storePos_ + n <= start) break;
         tail_ = (tail_ + 1) & kRingMask;

@@ -373,6 +373,20 @@ TEST_F(UndoHistoryTest, SavedStateFollowsUndoAndRedo) {
     EXPECT_EQ(history.Count(), 1u);
 }
 
+// A repeat-position change keeps nothing in the store, so the next change's
+// data, written where it began, does not drop it.
+TEST_F(UndoHistoryTest, ARepeatPositionChangeSurvivesTheNextChange) {
+    history.BeginRepeatPosition();
+    module->repeatPosition = 3;
+    history.EndRepeatPosition();
+    RecordLineChange(history, *module, 5);
+    EXPECT_EQ(history.Count(), 2u);
+    EXPECT_TRUE(history.SavedKnown());
+    ASSERT_TRUE(history.Undo(view) && history.Undo(view));
+    EXPECT_EQ(module->repeatPosition, 1);
+    EXPECT_FALSE(history.IsModified());
+}
+
 TEST_F(UndoHistoryTest, NothingIsTakenBackWhileTheSongPlays) {
     RecordLineChange(history, *module, 7);
     history.Undo(view);
