@@ -2,7 +2,7 @@
 // A small editor for command tests: a module of its own on the heap, the
 // pattern view over it, an undo history locked while the song plays, the
 // players, the audio mutex and prompts that note every message and answer
-// questions from a script.
+// questions from a script; and the bytes a module saves to.
 
 #include <gtest/gtest.h>
 
@@ -14,7 +14,9 @@
 
 #include "edit/editor_context.h"
 #include "edit/tool_dialogs.h"
+#include "files/module_file.h"
 #include "sound/song_player.h"
+#include "test_support.h"
 
 namespace sondrel::test {
 
@@ -52,12 +54,14 @@ protected:
         view.SetSelection({x, y, w, h});
     }
     // The shown pattern at this length, every line different in every cell, no cell empty.
-    void Fill(int length) {
-        Shown().length = static_cast<uint16_t>(length);
+    void Fill(int length) { FillPattern(Shown(), length); }
+    // The same for any pattern; patterns filled with other variants hold other notes.
+    static void FillPattern(Pattern& pattern, int length, int variant = 0) {
+        pattern.length = static_cast<uint16_t>(length);
         for (int l = 0; l < kMaxLines; ++l) {
-            PatternLine& line = Line(l);
+            PatternLine& line = pattern.lines[l];
             for (int c = 0; c < kChannels; ++c) {
-                line.note[c] = static_cast<uint8_t>(c == 3 ? 247 + (l + c) % 8 : 45 + (l * 5 + c) % 70);
+                line.note[c] = static_cast<uint8_t>(c == 3 ? 247 + (l + c) % 8 : 45 + (l * 5 + c + variant) % 70);
                 line.detune[c] = static_cast<int8_t>(l % 7 - 3);
                 line.instrument[c] = static_cast<uint8_t>((l + c) % 16);
                 line.volume[c] = static_cast<uint8_t>((l * 3 + c) % 16);
@@ -69,6 +73,15 @@ protected:
         }
     }
     std::unique_ptr<Module> Snapshot() const { return std::make_unique<Module>(*module); }
+    // The bytes a module file of the module holds (saved from a copy, which
+    // takes the file's path as its own).
+    std::vector<unsigned char> SavedBytes(const Module& from) {
+        auto copy = std::make_unique<Module>(from);
+        if (!scratch) scratch.emplace();
+        const auto path = *scratch / "saved.sdrltk";
+        SaveModule(*copy, path.string());
+        return ReadBytes(path);
+    }
 
     // Undo of the newest entry gives back `before`, redo gives `after` again.
     void ExpectUndoAndRedo(const Module& before, const Module& after) {
@@ -84,6 +97,7 @@ protected:
     NotePlayer notes;
     AudioMutex audioMutex;
     ScriptedPrompts prompts;
+    std::optional<ScratchDir> scratch;
     UndoHistory undo{[this] { return song.Playing(); }};
     PatternViewUndo undoView{view};
     EditorContext ctx{*module, view, undo, song, notes, audioMutex, prompts};
