@@ -209,6 +209,16 @@ bool Application::StartUp() {
         displayOpen_ = false;
         return false;
     }
+    // The pattern grid's characters come from the font sheet beside the program.
+    try {
+        patternFont_ = std::make_unique<PatternFont>(paths_.dataDirectory / PatternFont::kFileName);
+    } catch (const Exception& error) {
+        platform_.ShowMessage(error.Message());
+        skins_.reset();
+        platform_.CloseDisplay();
+        displayOpen_ = false;
+        return false;
+    }
 
     StartToolkit();
 
@@ -225,6 +235,13 @@ bool Application::StartUp() {
     dialogs_ = std::make_unique<ProgramDialogs>(*requesters_);
     dispatcher_ = std::make_unique<CommandDispatcher>(editor_->Context(), *dialogs_, static_cast<CommandHost&>(*this));
     dispatcher_->SetMenus(&menuBar_->Titles());
+    PatternViewHooks hooks;
+    hooks.setTitle = [this](const std::string& title) { platform_.SetWindowTitle(title); };
+    hooks.modified = [this] { return editor_->Context().undo.IsModified(); };
+    hooks.refreshMenus = [this] { dispatcher_->RefreshMenus(); };
+    hooks.playerSettings = [this] { return PlayerSettingsShown{song_->GetSpeed(), 0}; };
+    viewDrawer_ = std::make_unique<PatternViewDrawer>(editor_->Context().view, screenWidgets_, *patternFont_, hooks);
+    editor_->Context().view.Invalidate(kRedrawAll);
     if (prefs_.midiInEnable) midiIn_->Open(prefs_.midiInDeviceId);
 
     TonePeriodTable();
@@ -425,9 +442,13 @@ void Application::EnterMidiNotes() {
 }
 
 void Application::UpdateView(const PlayerFeedback& feedback) {
-    // The pattern view follows the player (feedback.follow), redraws what
-    // feedback.redrawBits and the commands flagged, and updates itself.
-    (void)feedback;
+    PatternView& view = editor_->Context().view;
+    if (feedback.follow) {
+        std::lock_guard<AudioMutex> lock(*audioMutex_);
+        view.RestoreFromPlayer(*song_);
+    }
+    view.Invalidate(feedback.redrawBits);
+    viewDrawer_->Update();
 }
 
 void Application::DrawScreen() {
@@ -437,6 +458,7 @@ void Application::DrawScreen() {
 }
 
 void Application::StopToolkit() {
+    viewDrawer_.reset();
     dispatcher_.reset();
     dialogs_.reset();
     requesters_.reset();

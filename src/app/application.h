@@ -14,6 +14,8 @@
 #include "app/preferences.h"
 #include "edit/command_dispatcher.h"
 #include "model/module.h"
+#include "screens/pattern_font.h"
+#include "screens/pattern_view_drawer.h"
 #include "screens/pattern_view_widgets.h"
 #include "sound/audio_mutex.h"
 #include "ui/requesters/requester_host.h"
@@ -169,6 +171,8 @@ private:
     PatternViewWidgets screenWidgets_;
     std::unique_ptr<ProgramDialogs> dialogs_;
     std::unique_ptr<CommandDispatcher> dispatcher_;
+    std::unique_ptr<PatternFont> patternFont_;
+    std::unique_ptr<PatternViewDrawer> viewDrawer_;
     ImportOptionsProvider importOptions_;  // imports take what each importer proposes until their dialogs exist
     bool quitRequested_ = false;
     long frames_ = 0;

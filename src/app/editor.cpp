@@ -20,6 +20,7 @@ Editor::Editor(Module& module, SongPlayer& song, NotePlayer& notes, AudioMutex& 
 void Editor::ModuleReplaced() {
     view_.SetModule(context_.module);
     undo_.Reset(context_.module);
+    view_.Invalidate(kRedrawAll);
 }
 
 }  // namespace sondrel

@@ -6,6 +6,7 @@
 
 #include <cstdint>
 
+#include "screens/pattern_view_drawer.h"  // the grid's size
 #include "screens/pattern_view_widgets.h"
 
 namespace sondrel {
@@ -51,10 +52,6 @@ constexpr int kSpeedMax = 255;
 constexpr int kOctaveSliderMin = 1;   // octave 3
 constexpr int kOctaveSliderMax = 8;   // octave 10
 constexpr int kVolumeMax = 15;
-
-// The grid shows 32 rows of 12 pixels below a 14-pixel header, 756 pixels wide.
-constexpr int kGridWidth = 760;
-constexpr int kGridHeight = 398;
 
 // Opens the main window over the whole screen below a menu bar of
 // menuBarHeight pixels, fills it and hands over the widgets the pattern

@@ -126,6 +126,7 @@ struct ApplicationTest : ::testing::Test {
         fs::create_directories(scratch / "program");
         fs::create_directories(scratch / "start");
         fs::copy(test::BinaryDir() / "skins", scratch / "program" / "skins", fs::copy_options::recursive);
+        fs::copy_file(test::BinaryDir() / "modfont.png", scratch / "program" / "modfont.png");
         paths = {scratch / "program", scratch / "program", scratch / "start"};
         platform.preferencesFile = scratch / "program" / "sondrel.prefs";
     }
@@ -154,7 +155,7 @@ TEST_F(ApplicationTest, StartsUpAndShutsDownInOrder) {
     EXPECT_EQ(app.Run("/usr/local/bin/sondrel.bin"), 0);
     EXPECT_EQ(app.Frames(), 3);
     EXPECT_EQ(platform.log, (std::vector<std::string>{"open display fullscreen", "title Sondrel", "midi open 3",
-                                                      "sound create", "sound play",
+                                                      "sound create", "sound play", "title Sondrel  ",
                                                       "sound release (old preferences)",
                                                       "midi close (new preferences)", "close display"}));
 }
@@ -193,7 +194,7 @@ TEST_F(ApplicationTest, PreferencesThatCantBeReadOrWritten) {
         EXPECT_EQ(app.Run("sondrel"), 0);
     }
     EXPECT_EQ(platform.log, (std::vector<std::string>{"open display", "title Sondrel", "sound create",
-                                                      "message Couldn't save the configuration file.",
+                                                      "title Sondrel  ", "message Couldn't save the configuration file.",
                                                       "close display"}));
 }
 

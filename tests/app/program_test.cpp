@@ -31,6 +31,7 @@ protected:
         fs::copy_file(built, dir / "sondrel");
         fs::copy_file(test::SourceDir() / "data" / "demo.sdrltk", dir / "demo.sdrltk");
         fs::copy(test::BinaryDir() / "skins", dir / "skins", fs::copy_options::recursive);
+        fs::copy_file(test::BinaryDir() / "modfont.png", dir / "modfont.png");
     }
 
     ProgramRun Run(const std::string& environment, const std::string& arguments = "") {
