@@ -198,19 +198,11 @@ bool Application::StartUp() {
     displayOpen_ = true;
     platform_.SetWindowTitle(kProgramTitle);
 
-    // Every window is drawn from the skin: without it the program can't go on.
+    // Every window is drawn from the skin and the pattern grid's characters
+    // from the font sheet beside the program: without them it can't go on.
     skins_ = std::make_unique<SkinLibrary>(paths_.dataDirectory / "skins");
     try {
         skins_->LoadSkin(kDefaultSkin);
-    } catch (const Exception& error) {
-        platform_.ShowMessage(error.Message());
-        skins_.reset();
-        platform_.CloseDisplay();
-        displayOpen_ = false;
-        return false;
-    }
-    // The pattern grid's characters come from the font sheet beside the program.
-    try {
         patternFont_ = std::make_unique<PatternFont>(paths_.dataDirectory / PatternFont::kFileName);
     } catch (const Exception& error) {
         platform_.ShowMessage(error.Message());
