@@ -231,7 +231,10 @@ bool Application::StartUp() {
     hooks.setTitle = [this](const std::string& title) { platform_.SetWindowTitle(title); };
     hooks.modified = [this] { return editor_->Context().undo.IsModified(); };
     hooks.refreshMenus = [this] { dispatcher_->RefreshMenus(); };
-    hooks.playerSettings = [this] { return PlayerSettingsShown{song_->GetSpeed(), 0}; };
+    hooks.playerSettings = [this] {
+        std::lock_guard<AudioMutex> lock(*audioMutex_);
+        return PlayerSettingsShown{song_->GetSpeed(), song_->GetChannelMask()};
+    };
     viewDrawer_ = std::make_unique<PatternViewDrawer>(editor_->Context().view, screenWidgets_, *patternFont_, hooks);
     editor_->Context().view.Invalidate(kRedrawAll);
     if (prefs_.midiInEnable) midiIn_->Open(prefs_.midiInDeviceId);

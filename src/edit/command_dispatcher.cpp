@@ -88,9 +88,7 @@ void CommandDispatcher::Handle(const QueueEntry& entry) {
             ctx_.view.Settings().testMode = entry.b != 0;
             ctx_.view.Invalidate(kRedrawSettings);
         }
-        break;
-    case kEntryChoice:
-        if (entry.a == kControlChannel) SetChannelChoice(static_cast<int>(entry.b));
+        if (entry.a == kControlChannel) SetChannelMask(entry.b);
         break;
     case kEntryListLine: ListLine(static_cast<uint16_t>(entry.a), static_cast<int32_t>(entry.b)); break;
     case kEntryKeyDown: KeyDown(entry.a, entry.b); break;
@@ -198,10 +196,10 @@ void CommandDispatcher::ListLine(uint16_t id, int32_t line) {
     }
 }
 
-void CommandDispatcher::SetChannelChoice(int channel) {
-    // Choosing a channel mutes it, or lets it sound again when it was muted.
+void CommandDispatcher::SetChannelMask(uint32_t mask) {
+    // The channel toggles pass the channels that are to sound to the song player.
     std::lock_guard<AudioMutex> lock(ctx_.audioMutex);
-    ctx_.song.SetChannelMask(static_cast<uint8_t>(ctx_.song.GetChannelMask() ^ (1u << (channel & 3))));
+    ctx_.song.SetChannelMask(static_cast<uint8_t>((ctx_.song.GetChannelMask() & 0xF0) | (mask & 0x0F)));
 }
 
 // ---- Keys ----

@@ -113,7 +113,7 @@ private:
     void PatternPlay();
     void Stop();
     bool Playing() const;
-    void SetChannelChoice(int channel);
+    void SetChannelMask(uint32_t mask);
 
     EditorContext& ctx_;
     ToolDialogs& dialogs_;

@@ -8,7 +8,6 @@
 #include "ui/widgets/frame.h"
 #include "ui/widgets/image.h"
 #include "ui/widgets/list_box.h"
-#include "ui/widgets/menu_button.h"
 #include "ui/widgets/push_button.h"
 #include "ui/widgets/slider.h"
 #include "ui/widgets/speed_button.h"
@@ -124,8 +123,21 @@ private:
         widgets.octave->SetRange(kOctaveSliderMin, kOctaveSliderMax);
         widgets.octave->SetValue(1);
         widgets.volume = &Number(kControlVolume, Labelled(1, 1, "Volume:"), 0, kVolumeMax, kVolumeMax);
-        widgets.channel = &window_.Emplace<MenuButton>(kControlChannel, Labelled(0, 2, "Channel:"), "0\n1\n2\n3");
+        ChannelToggles(widgets, Labelled(0, 2, "Channels:"));
         widgets.testMode = &window_.Emplace<CheckButton>(kControlTestMode, Labelled(1, 2, nullptr), "Test mode");
+    }
+
+    // One toggle a channel, all on: every channel sounds.
+    void ChannelToggles(PatternViewWidgets& widgets, const Gorb_Rect& rect) {
+        static constexpr const char* kLabels[] = {"0", "1", "2", "3"};
+        const int width = rect.w / 4;
+        for (int c = 0; c < 4; ++c) {
+            CheckButton& toggle =
+                window_.Emplace<CheckButton>(kControlChannel, Gorb_Rect{rect.x + c * width, rect.y, width - 1, rect.h}, kLabels[c]);
+            toggle.SetBit(c);
+            toggle.SetOn(true);
+            widgets.channels[c] = &toggle;
+        }
     }
 
     TextLine& Number(uint16_t id, const Gorb_Rect& rect, int minimum, int maximum, int value) {

@@ -9,7 +9,6 @@
 #include "ui/widgets/check_button.h"
 #include "ui/widgets/image.h"
 #include "ui/widgets/list_box.h"
-#include "ui/widgets/menu_button.h"
 #include "ui/widgets/slider.h"
 #include "ui/widgets/text_line.h"
 
@@ -107,7 +106,8 @@ void PatternViewDrawer::PushSettings() {
     if (hooks_.playerSettings) {
         const PlayerSettingsShown player = hooks_.playerSettings();
         if (widgets_.speed) widgets_.speed->SetNumber(player.speed);
-        if (widgets_.channel) widgets_.channel->SetChoice(player.channel);
+        for (std::size_t c = 0; c < widgets_.channels.size(); ++c)
+            if (widgets_.channels[c]) widgets_.channels[c]->SetOn((player.channelMask >> c) & 1);
     }
 }
 

@@ -25,7 +25,7 @@ namespace sondrel {
 // What the settings panel shows of the song player.
 struct PlayerSettingsShown {
     int speed = 0;
-    int channel = 0;  // the channel choice
+    int channelMask = 0x0F;  // bit c: channel c sounds
 };
 
 // What the view needs from the program around it; any may be left empty.

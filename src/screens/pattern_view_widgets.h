@@ -4,11 +4,12 @@
 // creates or lays out widgets itself. Any of them may be missing (null) in
 // tests that only look at some.
 
+#include <array>
+
 namespace sondrel {
 
 class Image;
 class ListBox;
-class MenuButton;
 class CheckButton;
 class Slider;
 class TextLine;
@@ -26,7 +27,9 @@ struct PatternViewWidgets {
     TextLine* volume = nullptr;          // numeric, the default volume
     CheckButton* testMode = nullptr;
     TextLine* speed = nullptr;           // numeric, the player's speed
-    MenuButton* channel = nullptr;       // "0\n1\n2\n3": the player's solo channel choice
+    // "0", "1", "2", "3": the channels the song player lets sound, one toggle
+    // each; together they queue the player's channel mask.
+    std::array<CheckButton*, 4> channels{};
 };
 
 }  // namespace sondrel

@@ -228,9 +228,9 @@ TEST_F(DispatcherTest, ControlsSetTheEditorAndTheWheelScrollsTheGrid) {
     EXPECT_EQ(settings.currentInstrument, 5);
     EXPECT_EQ(song.GetSpeed(), 40);
 
-    dispatcher.Handle({kEntryChoice, kControlChannel, 2});
+    dispatcher.Handle({kEntryToggle, kControlChannel, 0x0B});
     EXPECT_EQ(song.GetChannelMask(), 0xFB);
-    dispatcher.Handle({kEntryChoice, kControlChannel, 2});
+    dispatcher.Handle({kEntryToggle, kControlChannel, 0x0F});
     EXPECT_EQ(song.GetChannelMask(), 0xFF);
 
     dispatcher.Handle({kEntryWheelDown, static_cast<uint32_t>(-1), 0});

@@ -9,7 +9,6 @@
 #include "ui/widgets/check_button.h"
 #include "ui/widgets/image.h"
 #include "ui/widgets/list_box.h"
-#include "ui/widgets/menu_button.h"
 #include "ui/widgets/push_button.h"
 #include "ui/widgets/slider.h"
 #include "ui/widgets/text_line.h"
@@ -67,7 +66,7 @@ TEST_F(MainScreenTest, EveryControlIsThereWithItsIdKindAndText) {
         {kControlMakeNew, WidgetKind::Button, "Make new ..."},
         {kControlDeleteOld, WidgetKind::Button, "Delete old ..."},
         {kControlOverview, WidgetKind::Button, "Overview"},
-        {kControlChannel, WidgetKind::MenuButton, ""},
+        {kControlChannel, WidgetKind::CheckButton, "0", 4},
         {kControlTestMode, WidgetKind::CheckButton, "Test mode"},
         {kControlLineStep, WidgetKind::TextLine, ""},
         {kControlSpeed, WidgetKind::TextLine, ""},
@@ -90,7 +89,9 @@ TEST_F(MainScreenTest, EveryControlIsThereWithItsIdKindAndText) {
             EXPECT_EQ(static_cast<const CheckButton*>(widget)->Text(), control.text);
         }
     }
-    EXPECT_EQ(widgets.channel->Choices(), (std::vector<std::string>{"0", "1", "2", "3"}));
+    // The four channel toggles start on and queue the mask of those left on.
+    widgets.channels[2]->SetOn(false);
+    for (const CheckButton* toggle : widgets.channels) EXPECT_EQ(toggle->Mask(), 0x0Bu);
 
     // The record handed to the pattern view names the same widgets.
     const std::pair<const Widget*, uint16_t> handed[] = {
@@ -98,7 +99,7 @@ TEST_F(MainScreenTest, EveryControlIsThereWithItsIdKindAndText) {
         {widgets.instrumentList, kControlInstrumentList}, {widgets.instrumentPreview, kControlInstrumentPreview},
         {widgets.lineStep, kControlLineStep},   {widgets.octave, kControlOctave},
         {widgets.volume, kControlVolume},       {widgets.testMode, kControlTestMode},
-        {widgets.speed, kControlSpeed},         {widgets.channel, kControlChannel}};
+        {widgets.speed, kControlSpeed},         {widgets.channels[3], kControlChannel}};
     for (const auto& [widget, id] : handed) {
         ASSERT_NE(widget, nullptr) << id;
         EXPECT_EQ(widget->Id(), id);

@@ -26,13 +26,24 @@ bool ToggleWidget::KeyPress(WidgetContext& context, const Gorb_Event& event) {
 void ToggleWidget::Activate(WidgetContext& context) {
     if (group_ == kNoGroup) {
         on_ = !on_;
-        context.queue.PushEntry(entry_, Id(), on_ ? 1 : 0);
+        context.queue.PushEntry(entry_, Id(), bit_ == kNoBit ? (on_ ? 1u : 0u) : Mask());
         return;
     }
     if (on_) return;  // choosing the chosen one changes nothing
     ClearGroup();
     on_ = true;
     context.queue.PushEntry(entry_, Id(), choice_);
+}
+
+uint32_t ToggleWidget::Mask() const {
+    if (Owner() == nullptr) return on_ && bit_ != kNoBit ? 1u << bit_ : 0u;
+    uint32_t mask = 0;
+    for (const auto& widget : Owner()->Widgets()) {
+        if (widget->Kind() != Kind() || widget->Id() != Id()) continue;
+        const auto* other = static_cast<const ToggleWidget*>(widget.get());
+        if (other->on_ && other->bit_ != kNoBit) mask |= 1u << other->bit_;
+    }
+    return mask;
 }
 
 void ToggleWidget::ClearGroup() {

@@ -2,8 +2,9 @@
 // The common part of the widgets that are on or off: check boxes and toggle
 // buttons flip on every press, select boxes and select buttons are radio
 // style (choosing one clears the others of the same kind and group in its
-// window). A press or Space on the focused widget acts at once and queues
-// the kind's notification entry.
+// window). Toggles that share an id and each stand for one bit make a mask:
+// flipping one queues the mask of all of them that are on. A press or Space
+// on the focused widget acts at once and queues the kind's notification entry.
 
 #include <cstdint>
 #include <string>
@@ -22,6 +23,7 @@ class ToggleWidget : public Widget {
 public:
     // Radio style when group is not kNoGroup; choice is the index its entry carries.
     static constexpr int kNoGroup = -1;
+    static constexpr int kNoBit = -1;
 
     bool On() const { return on_; }
     // Sets the state without queueing anything (a radio widget clears nothing).
@@ -31,6 +33,11 @@ public:
     int Group() const { return group_; }
     uint32_t Choice() const { return choice_; }
     int32_t Value() const override { return on_ ? 1 : 0; }
+    // The mask bit this toggle stands for, or kNoBit.
+    int Bit() const { return bit_; }
+    void SetBit(int bit) { bit_ = bit; }
+    // The mask of the toggles of this kind and id in the window that are on.
+    uint32_t Mask() const;
 
     void Press(WidgetContext& context, Point, int part) override;
     bool KeyPress(WidgetContext& context, const Gorb_Event& event) override;
@@ -55,6 +62,7 @@ private:
     std::string text_;
     int group_;
     uint32_t choice_;
+    int bit_ = kNoBit;
     bool on_ = false;
 };
 
