@@ -1,5 +1,6 @@
 #include "edit/command_dispatcher.h"
 
+#include <algorithm>
 #include <filesystem>
 #include <mutex>
 #include <system_error>
@@ -92,6 +93,9 @@ void CommandDispatcher::Handle(const QueueEntry& entry) {
         break;
     case kEntryListLine: ListLine(static_cast<uint16_t>(entry.a), static_cast<int32_t>(entry.b)); break;
     case kEntryKeyDown: KeyDown(entry.a, entry.b); break;
+    case kEntryImage:
+        if (entry.a == kControlGrid) GridPoint(entry.b);
+        break;
     case kEntryWheelUp:
     case kEntryWheelDown:
     case kEntryWheelWidgetUp:
@@ -200,6 +204,19 @@ void CommandDispatcher::SetChannelMask(uint32_t mask) {
     // The channel toggles pass the channels that are to sound to the song player.
     std::lock_guard<AudioMutex> lock(ctx_.audioMutex);
     ctx_.song.SetChannelMask(static_cast<uint8_t>((ctx_.song.GetChannelMask() & 0xF0) | (mask & 0x0F)));
+}
+
+// A click on the grid puts the cursor on the cell under the pointer; moving
+// on with the button down selects from there, scrolling at the edges.
+void CommandDispatcher::GridPoint(uint32_t point) {
+    const GridCell cell = GridCellAt(ImagePointX(point), ImagePointY(point));
+    const bool dragged = (point & kImageDragged) != 0;
+    if (cell.row < 0 && !dragged) return;  // the header
+    const PatternViewState& state = ctx_.view.State();
+    // The cursor move keeps the line inside the pattern and scrolls to it.
+    const int line = state.topLine + std::min(cell.row, kGridVisibleLines);
+    ctx_.view.MoveCursor(dragged ? uint32_t{kGorbShift} : 0u, cell.column - state.cursorColumn, line - state.cursorLine);
+    ctx_.view.Invalidate(kRedrawGridState | kRedrawGridRows);
 }
 
 // ---- Keys ----

@@ -95,6 +95,7 @@ private:
     void ControlButton(uint16_t id, uint32_t direction);
     void ListLine(uint16_t id, int32_t line);
     void KeyDown(uint32_t a, uint32_t b);
+    void GridPoint(uint32_t point);
     // The Ctrl commands; false for a key that is none of them.
     bool CtrlKey(uint16_t scanCode, bool repeat);
     // Keys that mean the same with and without Ctrl; false for others.

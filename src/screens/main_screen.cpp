@@ -53,6 +53,7 @@ public:
         PatternViewWidgets widgets;
         widgets.mainWindow = &window_;
         widgets.grid = &window_.Emplace<Image>(kControlGrid, Gorb_Rect{kMargin, kGridTop, kGridWidth, kGridHeight});
+        widgets.grid->SetFollowsDrags(true);
         PatternListPanel(widgets);
         InstrumentPanel(widgets);
         Buttons(kPlayX, kPlayWidth, {{kControlPlay, "Play"}, {kControlCursorPlay, "Cursor play"},

@@ -153,6 +153,19 @@ void PatternViewDrawer::DrawRow(Gorb_Surface& surface, int row) {
     for (int x : kFieldSeparators) surface.FillRect({x, top, 1, height}, inside ? kFieldSeparator : kBlack);
 }
 
+GridCell GridCellAt(int x, int y) {
+    GridCell cell;
+    const int below = y - kGridHeaderHeight;
+    cell.row = below < 0 ? -1 : below / kGridRowHeight;
+    const int textX = x - kGridTextX;
+    while (cell.column < kGridLastColumn) {
+        const PixelSpan span = CursorColumnSpan(cell.column);
+        if (textX < span.x + span.w) break;
+        ++cell.column;
+    }
+    return cell;
+}
+
 Gorb_Rect PatternViewDrawer::CellArea(int column, int line, int columns, int lines) const {
     const int top = view_.State().topLine;
     const int first = std::max(line, top);

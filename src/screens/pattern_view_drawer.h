@@ -43,6 +43,16 @@ constexpr int kGridTextX = 4;
 // The grid surface's size that shows every row and column.
 constexpr int kGridWidth = 760;
 constexpr int kGridHeight = kGridHeaderHeight + kGridVisibleLines * kGridRowHeight;
+
+// The cursor column and the grid row under a point of the grid surface.
+// Rows count from the first one below the header: -1 is the header, 32 and
+// on lie below the last row; points left of the first column or right of the
+// last take the nearest column.
+struct GridCell {
+    int column = 0;
+    int row = 0;
+};
+GridCell GridCellAt(int x, int y);
 constexpr uint8_t kSelectionAlpha = 128;
 constexpr uint8_t kFollowSelectionAlpha = 64;  // fainter under the play marker
 

@@ -30,8 +30,17 @@ enum EntryKind : uint32_t {
     kEntryTextChanged = 8,   // a one-line text entry's text was edited; b: its length
     kEntryTextField = 9,     // multi-line text field edited; b: line count
     kEntryListLine = 18,     // list line selected; b: line number
-    kEntryImage = 19,        // owner-drawn image clicked; b: x in the low 16 bits, y in the high 16 bits
+    kEntryImage = 19,        // owner-drawn image clicked; b: x in the low 16 bits, y in bits 16-30,
+                             // bit 31 (kImageDragged) set while the pointer moves on with the button down
 };
+
+constexpr uint32_t kImageDragged = 1u << 31;
+constexpr uint32_t PackImagePoint(int x, int y, bool dragged) {
+    return (static_cast<uint32_t>(x) & 0xFFFF) | ((static_cast<uint32_t>(y) & 0x7FFF) << 16) |
+           (dragged ? kImageDragged : 0u);
+}
+constexpr int ImagePointX(uint32_t b) { return static_cast<int>(b & 0xFFFF); }
+constexpr int ImagePointY(uint32_t b) { return static_cast<int>((b >> 16) & 0x7FFF); }
 
 // Key entries pack two 16-bit halves into a (key code low, character high)
 // and modifiers, repeat flag and taken flag into b (low 16 bits, then a byte

@@ -1,4 +1,6 @@
 #include "edit/command_dispatcher.h"
+#include "screens/pattern_rows.h"
+#include "screens/pattern_view_drawer.h"
 
 #include <gtest/gtest.h>
 
@@ -232,6 +234,24 @@ TEST_F(DispatcherTest, ControlsSetTheEditorAndTheWheelScrollsTheGrid) {
     EXPECT_EQ(song.GetChannelMask(), 0xFB);
     dispatcher.Handle({kEntryToggle, kControlChannel, 0x0F});
     EXPECT_EQ(song.GetChannelMask(), 0xFF);
+
+    // A click on the grid puts the cursor on the cell; a drag selects from it,
+    // and a drag below the last row scrolls on.
+    const auto grid = [&](int column, int row, bool dragged) {
+        const PixelSpan span = CursorColumnSpan(column);
+        const int y = kGridHeaderHeight + row * kGridRowHeight + 5;
+        dispatcher.Handle({kEntryImage, kControlGrid, PackImagePoint(kGridTextX + span.x + span.w / 2, y, dragged)});
+    };
+    grid(4, 3, false);
+    EXPECT_EQ(view.GetSelection(), (SelectionFrame{4, 3, 1, 1}));
+    grid(12, 5, true);
+    EXPECT_EQ(view.GetSelection(), (SelectionFrame{4, 3, 9, 3}));
+    grid(0, 40, true);
+    EXPECT_EQ(view.State().cursorLine, 32);
+    EXPECT_EQ(view.State().topLine, 1);
+    dispatcher.Handle({kEntryImage, kControlGrid, PackImagePoint(100, 3, false)});  // the header
+    EXPECT_EQ(view.State().cursorLine, 32);
+    view.ScrollTo(0);
 
     dispatcher.Handle({kEntryWheelDown, static_cast<uint32_t>(-1), 0});
     dispatcher.Handle({kEntryWheelDown, static_cast<uint32_t>(-1), 0});

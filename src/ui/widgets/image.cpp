@@ -1,5 +1,7 @@
 #include "ui/widgets/image.h"
 
+#include <algorithm>
+
 #include "ui/command_queue.h"
 #include "ui/entry_kinds.h"
 
@@ -22,9 +24,16 @@ void Image::SetMarker(const Gorb_Rect& area, MarkerStyle style) {
 
 void Image::Press(WidgetContext& context, Point p, int part) {
     if (part == kNoPart) return;
-    const auto x = static_cast<uint32_t>(p.x - Rect().x) & 0xFFFF;
-    const auto y = static_cast<uint32_t>(p.y - Rect().y) & 0xFFFF;
-    context.queue.PushEntry(kEntryImage, Id(), x | (y << 16));
+    dragged_ = {p.x - Rect().x, p.y - Rect().y};
+    context.queue.PushEntry(kEntryImage, Id(), PackImagePoint(dragged_.x, dragged_.y, false));
+    if (followsDrags_) context.mouseMode = MouseMode::WidgetHeld;
+}
+
+void Image::Drag(WidgetContext& context, Point p) {
+    const Point inside{std::clamp(p.x - Rect().x, 0, Rect().w - 1), std::clamp(p.y - Rect().y, 0, Rect().h - 1)};
+    if (inside.x == dragged_.x && inside.y == dragged_.y) return;
+    dragged_ = inside;
+    context.queue.PushEntry(kEntryImage, Id(), PackImagePoint(inside.x, inside.y, true));
 }
 
 void Image::Draw(Painter& painter, const DrawStyle& style) const {

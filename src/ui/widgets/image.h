@@ -3,7 +3,8 @@
 // RGB565 surface, which is shown 1:1 with an optional selection laid over it
 // (the selection colour at a chosen opacity) and an optional marker frame.
 // A click queues an image entry with the point clicked, in surface
-// coordinates.
+// coordinates; an image that follows drags also queues the points the
+// pointer moves to while the button stays down (kept inside the image).
 
 #include <cstdint>
 #include <memory>
@@ -29,7 +30,10 @@ public:
     void SetMarker(const Gorb_Rect& area, MarkerStyle style = MarkerStyle::Dotted);
     void ClearMarker() { marker_.reset(); }
 
+    void SetFollowsDrags(bool follows) { followsDrags_ = follows; }
+
     void Press(WidgetContext& context, Point p, int part) override;
+    void Drag(WidgetContext& context, Point p) override;
     void FocusGained(WidgetContext& context, bool byTab) override { AnnounceTabFocus(context, byTab); }
     void Draw(Painter& painter, const DrawStyle& style) const override;
 
@@ -38,6 +42,8 @@ private:
     std::optional<Gorb_Rect> selection_;
     uint8_t selectionAlpha_ = 0;
     std::optional<Gorb_Rect> marker_;
+    bool followsDrags_ = false;
+    Point dragged_{};
     MarkerStyle markerStyle_ = MarkerStyle::Dotted;
 };
 

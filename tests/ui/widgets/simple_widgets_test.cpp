@@ -130,6 +130,15 @@ TEST_F(SimpleWidgetsTest, ImagesShowTheirSurfaceUnderTheSelectionAndMarkerAndRep
 
     Click({40 + 63, 50 + 2});
     EXPECT_EQ(Drain(), (Entries{{kEntryImage, 9, 63u | (2u << 16)}}));
+    // An image that follows drags reports where the pointer goes, kept inside it.
+    image.SetFollowsDrags(true);
+    Mouse(kGorbButton1Down, {40 + 3, 50 + 4});
+    Mouse(kGorbMouseMove, {40 + 3, 50 + 4});
+    Mouse(kGorbMouseMove, {40 + 100, 50 - 9});
+    Mouse(kGorbButton1Up, {40 + 100, 50 - 9});
+    Mouse(kGorbMouseMove, {40 + 5, 50 + 5});
+    EXPECT_EQ(Drain(), (Entries{{kEntryImage, 9, PackImagePoint(3, 4, false)},
+                                {kEntryImage, 9, PackImagePoint(63, 0, true)}}));
     image.SetEnabled(false);
     EXPECT_TRUE(ClickOn(image).empty());
 }
