@@ -7,25 +7,9 @@
 #include <cstdint>
 
 #include "model/module.h"
+#include "screens/dialogs/tool_dialog_values.h"
 
 namespace sondrel {
-
-enum InstrumentChangeMode : uint8_t { kChangeFirstToSecond = 0, kExchangeInstruments = 1, kChangeAllToSecond = 2 };
-enum ChannelCopyMode : uint8_t { kCopyFirstToSecond = 0, kExchangeChannels = 1 };
-constexpr int kCommandChannel = 4;  // the command column counts as a fifth channel when copying
-
-struct InstrumentChange {
-    uint8_t mode = kChangeFirstToSecond;
-    uint8_t first = 0;
-    uint8_t second = 0;
-    uint8_t channelMask = 0x0F;
-};
-
-struct ChannelCopy {
-    uint8_t first = 0;  // 0..3, or 4 for the command column
-    uint8_t second = 0;
-    uint8_t mode = kCopyFirstToSecond;
-};
 
 // Whether the change touches an instrument that sounds on the line (a masked
 // channel whose note has a volume), which is when the line is recorded.
