@@ -11,6 +11,7 @@
 #include "app/editor.h"
 #include "app/midi_in.h"
 #include "app/midi_note_entry.h"
+#include "app/program_dialogs.h"
 #include "edit/main_menu.h"
 #include "files/export/export_command.h"
 #include "files/module_file.h"
@@ -30,26 +31,6 @@
 #include "ui/widgets/text_edit.h"
 
 namespace sondrel {
-
-// The tools' dialogs that are not there yet say so and change nothing.
-class ProgramDialogs : public ToolDialogs {
-public:
-    explicit ProgramDialogs(Requesters& requesters) : requesters_(requesters) {}
-    std::optional<PatternSettings> EditPatternSettings(const PatternSettings&) override { return Missing(); }
-    std::optional<PatternSettings> NewPatternSettings(const PatternSettings&) override { return Missing(); }
-    std::optional<int> ResizePattern(int) override { return Missing(); }
-    std::optional<ModuleSettings> EditModuleSettings(const ModuleSettings&) override { return Missing(); }
-    std::optional<ChangeInstrumentsRequest> ChangeInstruments(const Module&) override { return Missing(); }
-    std::optional<CopyChannelsRequest> CopyChannels(const Module&) override { return Missing(); }
-
-private:
-    std::nullopt_t Missing() {
-        requesters_.ShowMessage(kExportNotAvailable);
-        return std::nullopt;
-    }
-
-    Requesters& requesters_;
-};
 
 namespace {
 
@@ -224,7 +205,7 @@ bool Application::StartUp() {
     midiIn_ = std::make_unique<MidiIn>(platform_.CreateMidiDevice());
     editor_ = std::make_unique<Editor>(*module_, *song_, *notes_, *audioMutex_, *requesters_);
     midiEntry_ = std::make_unique<MidiNoteEntry>(editor_->Context());
-    dialogs_ = std::make_unique<ProgramDialogs>(*requesters_);
+    dialogs_ = std::make_unique<ProgramDialogs>(*requesters_, *module_);
     dispatcher_ = std::make_unique<CommandDispatcher>(editor_->Context(), *dialogs_, static_cast<CommandHost&>(*this));
     dispatcher_->SetMenus(&menuBar_->Titles());
     PatternViewHooks hooks;

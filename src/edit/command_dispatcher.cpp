@@ -283,7 +283,7 @@ void CommandDispatcher::NewModule() {
     auto fresh = std::make_unique<Module>();
     fresh->NewModule({kDivider1x, kChipNtsc});
     host_.ReplaceModule(std::move(fresh));
-    EditModuleSettings(ctx_, dialogs_);
+    EditModuleSettings(ctx_, dialogs_, true);
 }
 
 void CommandDispatcher::LoadModule() {

@@ -90,12 +90,13 @@ bool ResizePattern(EditorContext& ctx, ToolDialogs& dialogs) {
     return true;
 }
 
-bool EditModuleSettings(EditorContext& ctx, ToolDialogs& dialogs) {
+bool EditModuleSettings(EditorContext& ctx, ToolDialogs& dialogs, bool newModule) {
     {
         std::lock_guard<AudioMutex> lock(ctx.audioMutex);
         ctx.song.Stop();
     }
-    auto settings = dialogs.EditModuleSettings(SettingsOf(ctx.module));
+    auto settings = newModule ? dialogs.NewModuleSettings(SettingsOf(ctx.module))
+                              : dialogs.EditModuleSettings(SettingsOf(ctx.module));
     std::lock_guard<AudioMutex> lock(ctx.audioMutex);
     if (!settings) return false;
     ctx.undo.BeginRepeatPosition();

@@ -20,7 +20,7 @@ bool EditPatternSettings(EditorContext& ctx, ToolDialogs& dialogs);
 bool ResizePattern(EditorContext& ctx, ToolDialogs& dialogs);
 // Stops the song first and applies the settings under the audio mutex; only
 // the repeat position can be taken back.
-bool EditModuleSettings(EditorContext& ctx, ToolDialogs& dialogs);
+bool EditModuleSettings(EditorContext& ctx, ToolDialogs& dialogs, bool newModule = false);
 
 bool ChangeInstruments(EditorContext& ctx, ToolDialogs& dialogs);
 bool CopyChannels(EditorContext& ctx, ToolDialogs& dialogs);

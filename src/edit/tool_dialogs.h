@@ -23,6 +23,10 @@ public:
     // The new length for a pattern of oldLength lines.
     virtual std::optional<int> ResizePattern(int oldLength) = 0;
     virtual std::optional<ModuleSettings> EditModuleSettings(const ModuleSettings& current) = 0;
+    // "New module settings": the same for a module just made.
+    virtual std::optional<ModuleSettings> NewModuleSettings(const ModuleSettings& current) {
+        return EditModuleSettings(current);
+    }
     // The module is given for its pattern names.
     virtual std::optional<ChangeInstrumentsRequest> ChangeInstruments(const Module& module) = 0;
     virtual std::optional<CopyChannelsRequest> CopyChannels(const Module& module) = 0;

@@ -65,6 +65,10 @@ public:
     bool Selected(int line) const { return line >= 0 && line < LineCount() && selected_[line]; }
     // Selects only line (-1: nothing) and makes it current and visible.
     void Select(int line);
+    // Selects or deselects one line, leaving the others as they are.
+    void SetSelected(int line, bool on) {
+        if (line >= 0 && line < LineCount()) selected_[line] = on;
+    }
     // The line under p (window coordinates), -1 for none.
     int LineAt(Point p) const;
 

@@ -25,15 +25,26 @@ void TextLine::SetNumeric(int32_t minimum, int32_t maximum) {
     SetNumber(Value());
 }
 
+void TextLine::SetNumberFormat(NumberShow show, NumberRead read) {
+    const int32_t number = Value();
+    show_ = std::move(show);
+    read_ = std::move(read);
+    SetNumber(number);
+}
+
 void TextLine::SetNumber(int32_t number) {
-    SetText(std::to_string(std::clamp(number, minimum_, maximum_)));
+    number = std::clamp(number, minimum_, maximum_);
+    SetText(show_ ? show_(number) : std::to_string(number));
 }
 
 int32_t TextLine::Value() const {
     if (!numeric_) return 0;
     int64_t number = 0;
     const std::string& text = edit_.Text();
-    std::from_chars(text.data(), text.data() + text.size(), number);
+    if (read_)
+        number = read_(text);
+    else
+        std::from_chars(text.data(), text.data() + text.size(), number);
     return static_cast<int32_t>(std::clamp<int64_t>(number, minimum_, maximum_));
 }
 
@@ -98,7 +109,7 @@ void TextLine::EditKey(WidgetContext& context, const Gorb_Event& event) {
     }
     // Numeric mode keeps digits, and a minus sign when the range goes below zero.
     const auto numeric = [this](char c) {
-        return (c >= '0' && c <= '9') || (c == '-' && minimum_ < 0) ? c : '\0';
+        return (c >= '0' && c <= '9') || (c == '-' && minimum_ < 0) || (c == '.' && read_) ? c : '\0';
     };
     edit_.CommonKey(event.key, event.character, context.modifiers, clipboard_ ? clipboard_ : context.clipboard, false,
                     numeric_ ? TextEdit::Filter(numeric) : TextEdit::Filter{});

@@ -12,6 +12,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <functional>
 #include <string>
 
 #include "ui/widget.h"
@@ -41,6 +42,12 @@ public:
 
     // Numeric mode with the number kept within [minimum, maximum].
     void SetNumeric(int32_t minimum, int32_t maximum);
+    // A number shown in another form than plain digits (a speed in ticks and
+    // fractions, say): show turns the number into its text, read a typed text
+    // back into a number. Typing then also takes a decimal point.
+    using NumberShow = std::function<std::string(int32_t)>;
+    using NumberRead = std::function<int64_t(const std::string&)>;
+    void SetNumberFormat(NumberShow show, NumberRead read);
     bool Numeric() const { return numeric_; }
     void SetNumber(int32_t number);
     // The number shown (clamped to the range), 0 outside numeric mode.
@@ -78,6 +85,8 @@ private:
     bool numeric_ = false;
     int32_t minimum_ = 0;
     int32_t maximum_ = 0;
+    NumberShow show_;
+    NumberRead read_;
     int stepping_ = kNoPart;   // the plus or minus part held since the last press
     bool buttonDown_ = false;  // ... and the pointer is still on it
     // The font and scroll of the last drawing, for placing mouse clicks.
