@@ -3,6 +3,7 @@
 #include <string>
 
 #include "model/module.h"
+#include "screens/dialogs/value_formats.h"
 #include "ui/toolkit.h"
 #include "ui/widgets/check_button.h"
 #include "ui/widgets/frame.h"
@@ -120,6 +121,7 @@ private:
     void SettingsPanel(PatternViewWidgets& widgets) {
         widgets.lineStep = &Number(kControlLineStep, Labelled(0, 0, "Line step:"), 0, kLineStepMax, 1);
         widgets.speed = &Number(kControlSpeed, Labelled(1, 0, "Speed:"), kSpeedMin, kSpeedMax, kNewModuleSpeed);
+        ShowAsSpeed(*widgets.speed);  // ticks a line, as the grid's speed commands read
         widgets.octave = &window_.Emplace<Slider>(false, kControlOctave, Labelled(0, 1, "Octave:"));
         widgets.octave->SetRange(kOctaveSliderMin, kOctaveSliderMax);
         widgets.octave->SetValue(1);
@@ -142,7 +144,7 @@ private:
     }
 
     TextLine& Number(uint16_t id, const Gorb_Rect& rect, int minimum, int maximum, int value) {
-        TextLine& line = window_.Emplace<TextLine>(id, rect, 3);
+        TextLine& line = window_.Emplace<TextLine>(id, rect, 6);
         line.SetNumeric(minimum, maximum);
         line.SetNumber(value);
         return line;

@@ -5,8 +5,9 @@
 // until a button, Escape or its close box ends it, and closes again.
 //
 // Typical use: add the fields, Run() with the button labels; the first
-// button confirms. The caller reads the controls' values afterwards; they
-// stay valid until the form is destroyed.
+// button confirms. The window and its controls go when Run returns, so the
+// caller reads the controls in accept, which is asked before a button press
+// ends the dialog.
 
 #include <cstdint>
 #include <functional>

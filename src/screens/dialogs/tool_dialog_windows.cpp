@@ -119,18 +119,21 @@ std::optional<PatternSettings> RunPatternSettings(Requesters& requesters, const 
         form.Show("Length:", std::to_string(current.length));
     const TactFields main = AddTact(form, "Main tact:", current, 0);
     const TactFields secondary = AddTact(form, "Secondary tact:", current, 1);
-    if (form.Run(kOkayCancel) != 0) return std::nullopt;
-
     PatternSettings chosen = current;
-    chosen.name = name.Text();
-    MakeTextStorable(chosen.name);
-    if (length != nullptr) chosen.length = static_cast<uint16_t>(length->Value());
-    const TactFields tacts[] = {main, secondary};
-    for (int t = 0; t < 2; ++t) {
-        chosen.tactEnabled[t] = tacts[t].enabled->On() ? 1 : 0;
-        chosen.tactStart[t] = Byte(*tacts[t].start);
-        chosen.tactInterval[t] = Byte(*tacts[t].interval);
-    }
+    const auto read = [&](int button) {
+        if (button != 0) return true;
+        chosen.name = name.Text();
+        MakeTextStorable(chosen.name);
+        if (length != nullptr) chosen.length = static_cast<uint16_t>(length->Value());
+        const TactFields tacts[] = {main, secondary};
+        for (int t = 0; t < 2; ++t) {
+            chosen.tactEnabled[t] = tacts[t].enabled->On() ? 1 : 0;
+            chosen.tactStart[t] = Byte(*tacts[t].start);
+            chosen.tactInterval[t] = Byte(*tacts[t].interval);
+        }
+        return true;
+    };
+    if (form.Run(kOkayCancel, read) != 0) return std::nullopt;
     return chosen;
 }
 
@@ -139,8 +142,9 @@ std::optional<int> RunPatternResize(Requesters& requesters, int oldLength) {
     if (!form.Opened()) return std::nullopt;
     form.Show("Old length:", std::to_string(oldLength));
     TextLine& length = form.Number("New length:", oldLength, 1, kMaxLines);
-    if (form.Run(kOkayCancel) != 0) return std::nullopt;
-    return length.Value();
+    int chosen = oldLength;
+    if (form.Run(kOkayCancel, [&](int) { return chosen = length.Value(), true; }) != 0) return std::nullopt;
+    return chosen;
 }
 
 std::optional<ModuleSettings> RunModuleSettings(Requesters& requesters, const ModuleSettings& current,
@@ -161,19 +165,21 @@ std::optional<ModuleSettings> RunModuleSettings(Requesters& requesters, const Mo
     TextLine& repeat = form.Number("Repeat position:", current.repeatPosition, 0, std::max(0, listLength - 1));
     TextLine& speed = form.Number("Initial speed:", current.initialSpeed, 1, 255);
     ShowAsSpeed(speed);
-    if (form.Run(kOkayCancel) != 0) return std::nullopt;
-
     ModuleSettings chosen = current;
-    chosen.title = title.Text();
-    chosen.author = author.Text();
-    chosen.notes = notes.Text();
-    MakeTextStorable(chosen.title);
-    MakeTextStorable(chosen.author);
-    MakeTextStorable(chosen.notes, TextShape::Lines);
-    chosen.chipType = static_cast<uint8_t>(type.Choice());
-    chosen.frequencyDivider = static_cast<uint8_t>(divider.Choice());
-    chosen.repeatPosition = Byte(repeat);
-    chosen.initialSpeed = Byte(speed);
+    const auto read = [&](int) {
+        chosen.title = title.Text();
+        chosen.author = author.Text();
+        chosen.notes = notes.Text();
+        MakeTextStorable(chosen.title);
+        MakeTextStorable(chosen.author);
+        MakeTextStorable(chosen.notes, TextShape::Lines);
+        chosen.chipType = static_cast<uint8_t>(type.Choice());
+        chosen.frequencyDivider = static_cast<uint8_t>(divider.Choice());
+        chosen.repeatPosition = Byte(repeat);
+        chosen.initialSpeed = Byte(speed);
+        return true;
+    };
+    if (form.Run(kOkayCancel, read) != 0) return std::nullopt;
     return chosen;
 }
 
@@ -190,20 +196,22 @@ std::optional<ChangeInstrumentsRequest> RunChangeInstruments(Requesters& request
     TextLine& first = form.Number("Instrument #1:", 0, 0, kInstruments - 1);
     TextLine& second = form.Number("Instrument #2:", 0, 0, kInstruments - 1);
     MenuButton& mode = form.Choice({}, "Change #1 to #2\nExchange #1 and #2\nChange all to #2", 0);
-    const int pressed = form.Run(kApplyCancel, {}, [&](const QueueEntry& entry) {
+    ChangeInstrumentsRequest request;
+    const auto read = [&](int) {
+        sweep.Fill(request);
+        request.change.mode = static_cast<uint8_t>(mode.Choice());
+        request.change.first = Byte(first);
+        request.change.second = Byte(second);
+        request.change.channelMask = 0;
+        for (int c = 0; c < kChannels; ++c)
+            if (channels[c]->On()) request.change.channelMask |= static_cast<uint8_t>(1u << c);
+        return true;
+    };
+    const int pressed = form.Run(kApplyCancel, read, [&](const QueueEntry& entry) {
         if (sweep.Handle(entry) || entry.kind != kEntryValue || entry.a != toggleAll.Id()) return;
         for (CheckBox* channel : channels) channel->SetOn(!channel->On());
     });
     if (pressed != 0) return std::nullopt;
-
-    ChangeInstrumentsRequest request;
-    sweep.Fill(request);
-    request.change.mode = static_cast<uint8_t>(mode.Choice());
-    request.change.first = Byte(first);
-    request.change.second = Byte(second);
-    request.change.channelMask = 0;
-    for (int c = 0; c < kChannels; ++c)
-        if (channels[c]->On()) request.change.channelMask |= static_cast<uint8_t>(1u << c);
     return request;
 }
 
@@ -215,14 +223,16 @@ std::optional<CopyChannelsRequest> RunCopyChannels(Requesters& requesters, const
     TextLine& first = form.Number("Channel #1:", 0, 0, kCommandChannel);
     TextLine& second = form.Number("Channel #2:", 1, 0, kCommandChannel);
     MenuButton& mode = form.Choice({}, "Copy #1 to #2\nExchange #1 and #2", 0);
-    const int pressed = form.Run(kApplyCancel, {}, [&](const QueueEntry& entry) { sweep.Handle(entry); });
-    if (pressed != 0) return std::nullopt;
-
     CopyChannelsRequest request;
-    sweep.Fill(request);
-    request.copy.first = Byte(first);
-    request.copy.second = Byte(second);
-    request.copy.mode = static_cast<uint8_t>(mode.Choice());
+    const auto read = [&](int) {
+        sweep.Fill(request);
+        request.copy.first = Byte(first);
+        request.copy.second = Byte(second);
+        request.copy.mode = static_cast<uint8_t>(mode.Choice());
+        return true;
+    };
+    const int pressed = form.Run(kApplyCancel, read, [&](const QueueEntry& entry) { sweep.Handle(entry); });
+    if (pressed != 0) return std::nullopt;
     return request;
 }
 

@@ -1,0 +1,197 @@
+#include "screens/dialogs/tool_dialog_windows.h"
+
+#include <gtest/gtest.h>
+
+#include <string>
+
+#include "screens/dialogs/dialog_form.h"
+#include "screens/dialogs/value_formats.h"
+#include "ui/requester_fixture.h"
+#include "ui/requesters/message_text.h"
+#include "ui/widgets/check_box.h"
+#include "ui/widgets/list_box.h"
+#include "ui/widgets/menu_button.h"
+#include "ui/widgets/push_button.h"
+#include "ui/widgets/text_field.h"
+
+namespace sondrel {
+namespace {
+
+constexpr uint16_t kKeyEnd = 0xCF;
+
+// The dialogs run their own frames; each step of a test acts on the open dialog.
+class ToolDialogTest : public RequestersTest {
+protected:
+    Window& Dialog() {
+        Window* window = toolkit.FindWindow(kDialogWindowId);
+        if (window == nullptr) throw std::runtime_error("no dialog is open");
+        return *window;
+    }
+    // The control after the label with this text.
+    template <typename W>
+    W& Field(const std::string& label, int nth = 0) {
+        const auto& widgets = Dialog().Widgets();
+        for (size_t i = 0; i + 1 < widgets.size(); ++i) {
+            const auto* text = dynamic_cast<const MessageText*>(widgets[i].get());
+            if (text != nullptr && text->Lines() == std::vector<std::string>{label} && nth-- == 0)
+                return dynamic_cast<W&>(*widgets[i + 1]);
+        }
+        throw std::runtime_error("no field " + label);
+    }
+    // The button, check box or choice showing this text.
+    Widget& Labelled(const std::string& text) {
+        for (const auto& widget : Dialog().Widgets()) {
+            if (const auto* button = dynamic_cast<const PushButton*>(widget.get()); button && button->Text() == text)
+                return *widget;
+            if (const auto* box = dynamic_cast<const ToggleWidget*>(widget.get()); box && box->Text() == text)
+                return *widget;
+        }
+        throw std::runtime_error("nothing labelled " + text);
+    }
+    void Press(const std::string& text) { ClickWidget(kDialogWindowId, Labelled(text).Id()); }
+    // Types at the end of a text entry.
+    void TypeInto(Widget& field, const std::string& text) {
+        toolkit.Focus(&Dialog(), &field);
+        QueueKey(kKeyEnd);
+        for (char c : text) QueueKey(0x10, static_cast<uint8_t>(c));
+    }
+    std::vector<std::string> Labels() {
+        std::vector<std::string> labels;
+        for (const auto& widget : Dialog().Widgets())
+            if (const auto* text = dynamic_cast<const MessageText*>(widget.get())) labels.push_back(text->Lines()[0]);
+        return labels;
+    }
+};
+
+TEST_F(ToolDialogTest, ModuleSettingsShowTheValuesAndOnlyOkayGivesTheChangedOnes) {
+    ModuleSettings current;
+    current.title = "Song";
+    current.initialSpeed = 79;
+    current.repeatPosition = 2;
+    Then([&] {
+        EXPECT_EQ(Dialog().Title(), "Module settings");
+        EXPECT_EQ(Labels(), (std::vector<std::string>{"Title:", "Author:", "Notes:", "Type:", "Frequency divider:",
+                                                      "Repeat position:", "Initial speed:"}));
+        EXPECT_EQ(Field<TextLine>("Initial speed:").Text(), " 9.875");
+        EXPECT_EQ(Field<MenuButton>("Type:").Choices(), (std::vector<std::string>{"NTSC (60Hz)", "PAL (50Hz)"}));
+        // What the module file can't keep is changed as it is typed.
+        TypeInto(Field<TextLine>("Title:"), " 2000");
+        Field<MenuButton>("Type:").SetChoice(1);
+        Field<TextLine>("Initial speed:").SetText("6.5");
+        Field<TextLine>("Repeat position:").SetText("9");  // past the list's end
+    });
+    Then([&] { Press("Okay"); });
+    const auto chosen = RunModuleSettings(requesters, current, 4, false);
+    ASSERT_TRUE(chosen.has_value());
+    EXPECT_EQ(chosen->title, "Song 2OOO");
+    EXPECT_EQ(chosen->chipType, kChipPal);
+    EXPECT_EQ(chosen->initialSpeed, 52);
+    EXPECT_EQ(chosen->repeatPosition, 3);
+
+    Then([&] {
+        EXPECT_EQ(Dialog().Title(), "New module settings");
+        TypeInto(Field<TextLine>("Title:"), "x");
+        Press("Cancel");
+    });
+    EXPECT_FALSE(RunModuleSettings(requesters, current, 4, true).has_value());
+    EXPECT_EQ(toolkit.FindWindow(kDialogWindowId), nullptr);
+}
+
+TEST_F(ToolDialogTest, PatternSettingsTakeTheLengthOnlyForANewPatternAndEscapeCancels) {
+    PatternSettings current;
+    current.name = "Verse";
+    current.length = 32;
+    Then([&] {
+        EXPECT_EQ(Dialog().Title(), "Pattern settings");
+        EXPECT_EQ(Labels(), (std::vector<std::string>{"Name:", "Length:", "32", "Start line:", "Number of lines:",
+                                                      "Start line:", "Number of lines:"}));
+        Press("Main tact:");
+        Field<TextLine>("Start line:", 0).SetNumber(4);
+        Field<TextLine>("Number of lines:", 1).SetNumber(3);
+        QueueKey(kKeyReturn);  // Return confirms
+    });
+    auto chosen = RunPatternSettings(requesters, current, false);
+    ASSERT_TRUE(chosen.has_value());
+    EXPECT_EQ(chosen->length, 32);
+    EXPECT_EQ(chosen->tactEnabled[0], 1);
+    EXPECT_EQ(chosen->tactStart[0], 4);
+    EXPECT_EQ(chosen->tactInterval[1], 3);
+
+    Then([&] {
+        EXPECT_EQ(Dialog().Title(), "New pattern settings");
+        Field<TextLine>("Length:").SetText("300");
+        Press("Okay");
+    });
+    chosen = RunPatternSettings(requesters, current, true);
+    ASSERT_TRUE(chosen.has_value());
+    EXPECT_EQ(chosen->length, 256);
+
+    Then([&] { QueueKey(kKeyEscape); });
+    EXPECT_FALSE(RunPatternSettings(requesters, current, false).has_value());
+    Then([&] {
+        EXPECT_EQ(Field<TextLine>("New length:").Value(), 40);
+        Field<TextLine>("New length:").SetText("0");
+        Press("Okay");
+    });
+    EXPECT_EQ(RunPatternResize(requesters, 40), 1);
+}
+
+TEST_F(ToolDialogTest, SweepingToolsGiveTheChosenPatternsLinesAndChannels) {
+    Module module;
+    module.NewModule({kDivider1x, kChipNtsc});
+    module.CreatePattern(3);
+    module.patterns[3].name = "Chorus";
+    Then([&] {
+        EXPECT_EQ(Dialog().Title(), "Change instruments");
+        Press("Toggle all");
+        Press("Channel 2");  // back on
+    });
+    Then([&] {
+        auto& list = dynamic_cast<ListBox&>(*Dialog().Widgets().front());
+        ASSERT_EQ(list.LineCount(), 2);
+        list.Select(1);  // pattern 3 alone
+        Field<TextLine>("Instrument #2:").SetNumber(7);
+        Press("Apply");
+    });
+    auto change = RunChangeInstruments(requesters, module);
+    ASSERT_TRUE(change.has_value());
+    EXPECT_EQ(change->change.channelMask, 0x04);
+    EXPECT_EQ(change->change.second, 7);
+    EXPECT_EQ(change->patterns.count(), 1u);
+    EXPECT_TRUE(change->patterns.test(3));
+    EXPECT_EQ(change->endLine, kMaxLines - 1);
+
+    Then([&] {
+        auto& list = dynamic_cast<ListBox&>(*Dialog().Widgets().front());
+        list.Select(0);
+        Press("Select all");
+    });
+    Then([&] {
+        for (const auto& widget : Dialog().Widgets())
+            if (auto* choice = dynamic_cast<MenuButton*>(widget.get()); choice && choice->Choices().size() == 2 &&
+                                                                        choice->Choices()[1] == "Use line range")
+                choice->SetChoice(1);
+        Field<TextLine>("Start line:").SetNumber(20);
+        Field<TextLine>("End line:").SetNumber(10);
+        Field<TextLine>("Channel #1:").SetNumber(4);
+        Press("Apply");
+    });
+    const auto copy = RunCopyChannels(requesters, module);
+    ASSERT_TRUE(copy.has_value());
+    EXPECT_EQ(copy->patterns.count(), 2u);
+    EXPECT_EQ(copy->startLine, 10);
+    EXPECT_EQ(copy->endLine, 20);
+    EXPECT_EQ(copy->copy.first, kCommandChannel);
+}
+
+TEST(ValueFormatsTest, SpeedsReadBackToTheNearestEighth) {
+    EXPECT_EQ(SpeedText(48), " 6.000");
+    EXPECT_EQ(SpeedText(79), " 9.875");
+    EXPECT_EQ(SpeedText(255), "31.875");
+    for (const auto& [text, eighths] : {std::pair{"6.5", 52}, std::pair{"6", 48}, std::pair{".125", 1},
+                                        std::pair{" 9.875", 79}, std::pair{"1.06", 8}, std::pair{"", 0}})
+        EXPECT_EQ(ReadSpeed(text), eighths) << text;
+}
+
+}  // namespace
+}  // namespace sondrel
