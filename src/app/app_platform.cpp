@@ -22,6 +22,9 @@ bool SdlAppPlatform::OpenDisplay(bool fullscreen) {
     return Gorb_Init() && Gorb_SetVideoMode(kScreenWidth, kScreenHeight, fullscreen);
 }
 
+bool SdlAppPlatform::SetFullscreen(bool fullscreen) {
+    return Gorb_SetVideoMode(kScreenWidth, kScreenHeight, fullscreen);
+}
 void SdlAppPlatform::SetWindowTitle(const std::string& title) { Gorb_SetWindowTitle(title); }
 void SdlAppPlatform::CloseDisplay() { Gorb_Quit(); }
 void SdlAppPlatform::UpdateInput() { Gorb_UpdateInput(); }

@@ -22,6 +22,8 @@ public:
     // when that can't be done.
     virtual bool OpenDisplay(bool fullscreen) = 0;
     virtual void SetWindowTitle(const std::string& title) = 0;
+    // Switches the open display between full screen and a window.
+    virtual bool SetFullscreen(bool /*fullscreen*/) { return false; }
     // Ends the graphics library, open display or not.
     virtual void CloseDisplay() = 0;
 
@@ -48,6 +50,7 @@ class SdlAppPlatform : public AppPlatform {
 public:
     bool OpenDisplay(bool fullscreen) override;
     void SetWindowTitle(const std::string& title) override;
+    bool SetFullscreen(bool fullscreen) override;
     void CloseDisplay() override;
     void UpdateInput() override;
     bool GetEvent(Gorb_Event& event) override;

@@ -1,6 +1,8 @@
 #include "app/application.h"
 
 #include <csignal>
+#include <fstream>
+#include <sstream>
 #include <cstdio>
 #include <cstdlib>
 #include <mutex>
@@ -12,6 +14,8 @@
 #include "app/midi_in.h"
 #include "app/midi_note_entry.h"
 #include "app/program_dialogs.h"
+#include "screens/dialogs/info_dialogs.h"
+#include "sound/song_time.h"
 #include "edit/main_menu.h"
 #include "files/export/export_command.h"
 #include "files/module_file.h"
@@ -33,6 +37,15 @@
 namespace sondrel {
 
 namespace {
+
+// The readme beside the program, or a word on where it should be.
+std::string ReadmeText(const std::filesystem::path& directory) {
+    std::ifstream file(directory / "readme.txt", std::ios::binary);
+    if (!file) return "The file readme.txt was not found beside the program.";
+    std::ostringstream text;
+    text << file.rdbuf();
+    return text.str();
+}
 
 long EnvironmentNumber(const char* name) {
     const char* text = std::getenv(name);
@@ -154,8 +167,7 @@ int Application::Run(const std::string& commandLine) {
     } catch (const std::exception& error) {
         SaveCrashModule(error);
     }
-    if (!options_.screenshot.empty() && !platform_.SaveScreenshot(options_.screenshot))
-        std::fprintf(stderr, "%s: couldn't write the screenshot %s\n", kProgramTitle, options_.screenshot.c_str());
+    if (!screenshotTaken_) TakeScreenshot();
     ShutDown();
     return 0;
 }
@@ -245,9 +257,18 @@ void Application::RunFrame() {
     FramePresented(false);
 }
 
+void Application::TakeScreenshot() {
+    if (options_.screenshot.empty()) return;
+    screenshotTaken_ = true;
+    if (!platform_.SaveScreenshot(options_.screenshot))
+        std::fprintf(stderr, "%s: couldn't write the screenshot %s\n", kProgramTitle, options_.screenshot.c_str());
+}
+
 void Application::FramePresented(bool insideRequester) {
     ++frames_;
     if (frames_ == options_.faultAfterFrames) std::raise(SIGSEGV);
+    // An unattended run's picture is the last frame shown, with any dialog still open on it.
+    if (frames_ == options_.exitAfterFrames) TakeScreenshot();
     if (options_.exitAfterFrames > 0 && frames_ >= options_.exitAfterFrames) {
         // Inside a requester the request goes through its loop, which hands it back here.
         // Unattended runs end without asking about changes.
@@ -324,7 +345,43 @@ std::string Application::RecentModule(int index) {
     return {};
 }
 
-void Application::ShowDialog(ProgramDialog) { requesters_->ShowMessage(kExportNotAvailable); }
+void Application::ShowDialog(ProgramDialog dialog) {
+    switch (dialog) {
+    case ProgramDialog::Preferences: EditPreferences(); break;
+    case ProgramDialog::Readme: ShowReadme(*requesters_, ReadmeText(paths_.dataDirectory)); break;
+    case ProgramDialog::ProgramInfo: ShowProgramInfo(*requesters_); break;
+    case ProgramDialog::ModuleInfo: ShowModuleInformation(*requesters_, ModuleInformationNow()); break;
+    case ProgramDialog::Overview: ShowPatternOverview(*requesters_, *module_); break;
+    default: requesters_->ShowMessage(kExportNotAvailable); break;
+    }
+}
+
+void Application::EditPreferences() {
+    const PreferenceValues current{prefs_.fullscreen, prefs_.volume, prefs_.midiInEnable, prefs_.midiInDeviceId};
+    const auto chosen = RunPreferences(*requesters_, current);
+    if (!chosen || *chosen == current) return;
+    if (chosen->fullscreen != prefs_.fullscreen && platform_.SetFullscreen(chosen->fullscreen))
+        prefs_.fullscreen = chosen->fullscreen;
+    prefs_.volume = static_cast<uint8_t>(chosen->volume);
+    audio_->SetVolume(prefs_.volume);
+    if (chosen->midiInEnable != prefs_.midiInEnable || chosen->midiInDeviceId != prefs_.midiInDeviceId) {
+        prefs_.midiInEnable = chosen->midiInEnable;
+        prefs_.midiInDeviceId = static_cast<uint8_t>(chosen->midiInDeviceId);
+        midiIn_->Close();
+        if (prefs_.midiInEnable) midiIn_->Open(prefs_.midiInDeviceId);
+    }
+}
+
+ModuleInformation Application::ModuleInformationNow() {
+    ModuleInformation information = InformationOf(*module_);
+    const PatternViewState& view = editor_->Context().view.State();
+    // The song is played through silently on a copy, away from the audio thread.
+    auto copy = std::make_unique<Module>(*module_);
+    const SongTime time = CalculateSongTime(*copy, static_cast<uint16_t>(view.cursorLine), view.listPosition);
+    information.seconds = time.totalSeconds;
+    information.secondsAtCursor = time.targetReached ? time.targetSeconds : 0.0;
+    return information;
+}
 
 // The export table's dialog is not there yet: the defaults stand.
 bool Application::EditMidiExportOptions(MidiExportOptions&) { return true; }

@@ -35,6 +35,7 @@ class Requesters;
 class Clipboard;
 class DropDownMenuBar;
 class ProgramDialogs;
+struct ModuleInformation;
 
 inline constexpr char kProgramTitle[] = "Sondrel";
 inline constexpr char kCouldNotLoadPreferences[] = "Couldn't load the preferences file (sondrel.prefs).";
@@ -142,6 +143,9 @@ private:
     void ModuleFileUsed(const std::string& path) override;
     std::string RecentModule(int index) override;
     void ShowDialog(ProgramDialog dialog) override;
+    void TakeScreenshot();
+    void EditPreferences();
+    ModuleInformation ModuleInformationNow();
     bool EditMidiExportOptions(MidiExportOptions& options) override;
     ImportOptionsProvider& ImportOptions() override { return importOptions_; }
 
@@ -176,6 +180,7 @@ private:
     ImportOptionsProvider importOptions_;  // imports take what each importer proposes until their dialogs exist
     bool quitRequested_ = false;
     long frames_ = 0;
+    bool screenshotTaken_ = false;
 };
 
 }  // namespace sondrel

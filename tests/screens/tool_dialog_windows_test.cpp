@@ -5,6 +5,7 @@
 #include <string>
 
 #include "screens/dialogs/dialog_form.h"
+#include "screens/dialogs/info_dialogs.h"
 #include "screens/dialogs/value_formats.h"
 #include "ui/requester_fixture.h"
 #include "ui/requesters/message_text.h"
@@ -191,6 +192,38 @@ TEST(ValueFormatsTest, SpeedsReadBackToTheNearestEighth) {
     for (const auto& [text, eighths] : {std::pair{"6.5", 52}, std::pair{"6", 48}, std::pair{".125", 1},
                                         std::pair{" 9.875", 79}, std::pair{"1.06", 8}, std::pair{"", 0}})
         EXPECT_EQ(ReadSpeed(text), eighths) << text;
+}
+
+}  // namespace
+}  // namespace sondrel
+
+namespace sondrel {
+namespace {
+
+TEST_F(ToolDialogTest, PreferencesAndModuleInformationShowWhatTheyAreGiven) {
+    const PreferenceValues current{false, 50, true, 3};
+    Then([&] {
+        EXPECT_EQ(Dialog().Title(), "Preferences");
+        EXPECT_EQ(Labels(), (std::vector<std::string>{"Fullscreen:", "Volume:", "Enable MIDI-in:", "MIDI-in Device ID:"}));
+        ClickWidget(kDialogWindowId, Field<CheckBox>("Fullscreen:").Id());
+        Field<TextLine>("Volume:").SetText("101");
+    });
+    Then([&] { Press("Okay"); });
+    EXPECT_EQ(RunPreferences(requesters, current), (PreferenceValues{true, 100, true, 3}));
+    Then([&] { Press("Cancel"); });
+    EXPECT_FALSE(RunPreferences(requesters, current).has_value());
+
+    Module module;
+    module.NewModule({kDivider1x, kChipNtsc});
+    module.CreatePattern(5);  // made but never in the list
+    const ModuleInformation information = InformationOf(module);
+    EXPECT_EQ(information.patterns, 2);
+    EXPECT_EQ(information.unusedPatterns, 1);
+    Then([&] {
+        EXPECT_EQ(Field<MessageText>("Time:").Lines()[0], "12.50 sec. (0:12 min.)");
+        Press("Close");
+    });
+    ShowModuleInformation(requesters, {"song.sdrltk", "/music", 1, 2, 1, 12.5, 0});
 }
 
 }  // namespace

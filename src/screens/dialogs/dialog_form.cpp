@@ -57,8 +57,8 @@ Gorb_Rect DialogForm::Row(const std::string& label, int height) {
     Gorb_Rect rect{left, y_, right - left, height};
     if (!label.empty()) {
         if (window_ != nullptr)
-            window_->Emplace<MessageText>(NextId(), Gorb_Rect{left, y_ + 3, labelWidth_ - 4, kRowHeight - 3},
-                                          std::vector<std::string>{label});
+            window_->Emplace<MessageText>(NextId(), Gorb_Rect{left, y_ + 3, labelWidth_ - 8, kRowHeight - 3},
+                                          std::vector<std::string>{label}, TextAlign::Right);
         rect.x = left + labelWidth_;
         rect.w = right - rect.x;
     }
@@ -70,14 +70,14 @@ void DialogForm::Note(const std::string& text) {
     const Gorb_Rect rect = Row({}, kRowHeight);
     if (window_ != nullptr)
         window_->Emplace<MessageText>(NextId(), Gorb_Rect{rect.x, rect.y + 3, rect.w, rect.h - 3},
-                                      std::vector<std::string>{text});
+                                      std::vector<std::string>{text}, TextAlign::Left);
 }
 
 void DialogForm::Show(const std::string& label, const std::string& value) {
     const Gorb_Rect rect = Row(label, kRowHeight);
     if (window_ != nullptr)
-        window_->Emplace<MessageText>(NextId(), Gorb_Rect{rect.x, rect.y + 3, rect.w, rect.h - 3},
-                                      std::vector<std::string>{value});
+        window_->Emplace<MessageText>(NextId(), Gorb_Rect{rect.x + 4, rect.y + 3, rect.w - 4, rect.h - 3},
+                                      std::vector<std::string>{value}, TextAlign::Left);
 }
 
 TextLine& DialogForm::Text(const std::string& label, const std::string& value, std::size_t maxLength) {

@@ -5,6 +5,7 @@
 #include <string>
 #include <vector>
 
+#include "ui/painter.h"
 #include "ui/widgets/decoration.h"
 
 namespace sondrel {
@@ -23,14 +24,15 @@ public:
     static constexpr int kPlainCharWidth = 8;
     static constexpr int kPlainLineHeight = 14;
 
-    MessageText(uint16_t id, const Gorb_Rect& rect, std::vector<std::string> lines)
-        : Decoration(WidgetKind::TextField, id, rect), lines_(std::move(lines)) {}
+    MessageText(uint16_t id, const Gorb_Rect& rect, std::vector<std::string> lines, TextAlign align = TextAlign::Centre)
+        : Decoration(WidgetKind::TextField, id, rect), lines_(std::move(lines)), align_(align) {}
 
     const std::vector<std::string>& Lines() const { return lines_; }
     void Draw(Painter& painter, const DrawStyle& style) const override;
 
 private:
     std::vector<std::string> lines_;
+    TextAlign align_;
 };
 
 }  // namespace sondrel
