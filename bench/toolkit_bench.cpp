@@ -6,9 +6,9 @@
 #include <benchmark/benchmark.h>
 
 #include <cstdlib>
-#include <deque>
 #include <memory>
 
+#include "move_input.h"
 #include "platform/gorb.h"
 #include "platform/program_dirs.h"
 #include "ui/skin/skin_library.h"
@@ -18,33 +18,11 @@
 namespace sondrel {
 namespace {
 
-// Pointer moves fed to the toolkit as if the platform had them.
-class MoveInput : public InputSource {
-public:
-    bool NextEvent(Gorb_Event& event) override {
-        if (events.empty()) return false;
-        event = events.front();
-        events.pop_front();
-        return true;
-    }
-    uint32_t Modifiers() override { return 0; }
-    uint32_t MouseState(int& x, int& y) override { return x = y = 0, 0u; }
-    std::deque<Gorb_Event> events;
-};
-
-void Move(MoveInput& input, int x, int y) {
-    Gorb_Event event;
-    event.type = kGorbMouseMove;
-    event.x = x;
-    event.y = y;
-    input.events.push_back(event);
-}
-
 void BM_ToolkitFrame(benchmark::State& state) {
     SkinLibrary skin(DataDirectoryFor(ProgramDirectory()) / "skins");
     skin.LoadSkin("default.skin");
     auto screen = Gorb_CreateSurface(kScreenWidth, kScreenHeight);
-    MoveInput input;
+    bench::MoveInput input;
     Toolkit toolkit(input, [] { return 0.0; });
     GalleryScreen gallery(toolkit, *screen, skin);
     gallery.OpenShowcaseMenu(false);
@@ -53,8 +31,8 @@ void BM_ToolkitFrame(benchmark::State& state) {
     int frame = 0;
     for (auto _ : state) {
         // Along the open menu's first entry, then across the list and the buttons.
-        Move(input, entry.x + 4 + frame % 32, entry.y + entry.h / 2);
-        Move(input, 300 + frame % 400, 200 + frame % 300);
+        input.Move(entry.x + 4 + frame % 32, entry.y + entry.h / 2);
+        input.Move(300 + frame % 400, 200 + frame % 300);
         toolkit.Update();
         while (toolkit.PopEntry() != nullptr) {
         }

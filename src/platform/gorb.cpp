@@ -32,6 +32,8 @@ struct GorbState {
     int mouseX = 0;
     int mouseY = 0;
     uint32_t buttons = 0;
+    uint32_t heldModifiers = 0;   // as of the last key event read from SDL
+    uint32_t takenModifiers = 0;  // those of the event last handed out
 };
 
 GorbState& State() {
@@ -54,10 +56,24 @@ void Push(Gorb_Event event) {
     }
     event.x = state.mouseX;
     event.y = state.mouseY;
+    event.modifiers = state.heldModifiers;
     state.events.push_back(event);
 }
 
+uint32_t ModifierBits(Uint16 mod) {
+    uint32_t bits = 0;
+    if (mod & KMOD_LSHIFT) bits |= kGorbLeftShift;
+    if (mod & KMOD_RSHIFT) bits |= kGorbRightShift;
+    if (mod & KMOD_LCTRL) bits |= kGorbLeftCtrl;
+    if (mod & KMOD_RCTRL) bits |= kGorbRightCtrl;
+    if (mod & KMOD_LALT) bits |= kGorbLeftAlt;
+    if (mod & KMOD_RALT) bits |= kGorbRightAlt;
+    return bits;
+}
+
 void PushKey(int type, const SDL_KeyboardEvent& key) {
+    // A modifier's own event already carries its new state.
+    State().heldModifiers = ModifierBits(key.keysym.mod);
     Gorb_Event event;
     event.type = type;
     event.key = ScanCodeFromSdl(key.keysym.scancode);
@@ -356,6 +372,7 @@ void Gorb_Quit() {
     state.events.clear();
     state.awaitingText = SIZE_MAX;
     state.buttons = 0;
+    state.heldModifiers = state.takenModifiers = 0;
     if (TTF_WasInit()) TTF_Quit();
     IMG_Quit();
     if (state.videoStarted) {
@@ -405,20 +422,11 @@ bool Gorb_GetEvent(Gorb_Event& event) {
     event = state.events.front();
     state.events.pop_front();
     state.awaitingText = SIZE_MAX;
+    state.takenModifiers = event.modifiers;
     return true;
 }
 
-uint32_t Gorb_GetKeyModifiers() {
-    const SDL_Keymod mod = SDL_GetModState();
-    uint32_t bits = 0;
-    if (mod & KMOD_LSHIFT) bits |= kGorbLeftShift;
-    if (mod & KMOD_RSHIFT) bits |= kGorbRightShift;
-    if (mod & KMOD_LCTRL) bits |= kGorbLeftCtrl;
-    if (mod & KMOD_RCTRL) bits |= kGorbRightCtrl;
-    if (mod & KMOD_LALT) bits |= kGorbLeftAlt;
-    if (mod & KMOD_RALT) bits |= kGorbRightAlt;
-    return bits;
-}
+uint32_t Gorb_GetKeyModifiers() { return State().takenModifiers; }
 
 uint32_t Gorb_GetMouseState(int& x, int& y) {
     x = State().mouseX;

@@ -52,6 +52,7 @@ struct Gorb_Event {
     int x = 0;               // pointer position with every event
     int y = 0;
     int delta = 0;           // wheel steps
+    uint32_t modifiers = 0;  // Gorb_Modifier bits held when it happened
 };
 
 // Bits of Gorb_GetKeyModifiers.
@@ -177,6 +178,8 @@ void Gorb_Quit();
 void Gorb_UpdateInput();
 // The oldest queued event; false when there is none.
 bool Gorb_GetEvent(Gorb_Event& event);
+// The modifier keys held when the event last taken happened: a Ctrl tapped
+// and let go within one frame still counts for the key pressed under it.
 uint32_t Gorb_GetKeyModifiers();
 // The buttons held (Gorb_MouseButton bits) and the pointer position.
 uint32_t Gorb_GetMouseState(int& x, int& y);

@@ -161,6 +161,18 @@ TEST(GorbDisplay, WindowFramesAndInputEvents) {
     EXPECT_EQ(got.type, kGorbCloseRequest);
     EXPECT_FALSE(Gorb_GetEvent(got));
 
+    // A Ctrl let go in the same frame still holds for the key pressed under it.
+    push(SDL_KEYDOWN, [](SDL_Event& e) {
+        e.key.keysym.scancode = SDL_SCANCODE_S;
+        e.key.keysym.mod = KMOD_LCTRL;
+    });
+    push(SDL_KEYUP, [](SDL_Event& e) { e.key.keysym.scancode = SDL_SCANCODE_LCTRL; });
+    Gorb_UpdateInput();
+    ASSERT_TRUE(Gorb_GetEvent(got));
+    EXPECT_EQ(Gorb_GetKeyModifiers(), uint32_t{kGorbLeftCtrl});
+    ASSERT_TRUE(Gorb_GetEvent(got));
+    EXPECT_EQ(Gorb_GetKeyModifiers(), 0u);
+
     // The screenshot is the last frame presented.
     screen->Fill(screen->FindPixel(0xFF00FF00));
     Gorb_NextFrame();

@@ -1,0 +1,311 @@
+// The built program as a musician drives it: on an X server of the test's
+// own, with keys and clicks from xdotool, its preferences, songs and
+// screenshots in a scratch folder. Each step waits for what it should
+// cause (a window title, a file, a change on screen) for at most
+// kStepSeconds.
+
+#include <gtest/gtest.h>
+
+#include <unistd.h>
+
+#include <algorithm>
+#include <fstream>
+#include <iterator>
+#include <map>
+#include <set>
+#include <string>
+#include <utility>
+
+#include "e2e/x_session.h"
+#include "edit/main_menu.h"
+#include "files/module_file.h"
+#include "model/notes.h"
+#include "platform/gorb.h"
+#include "screens/main_screen.h"
+#include "screens/pattern_rows.h"
+#include "test_support.h"
+#include "ui/menu_bar.h"
+#include "ui/toolkit_fixture.h"
+#include "ui/widgets/image.h"
+#include "ui/window.h"
+
+namespace sondrel {
+namespace {
+
+namespace fs = std::filesystem;
+using e2e::ChildProcess;
+using e2e::ShellQuoted;
+using e2e::WaitUntil;
+using e2e::WindowPicture;
+
+constexpr double kStepSeconds = 10;
+constexpr double kStartSeconds = 20;  // a debug build starting beside other builds
+constexpr char kCleanTitle[] = "Sondrel  ";
+constexpr char kChangedTitle[] = "Sondrel *";
+
+// A screen's pixels as RGB565, from the X server or from a screenshot file.
+struct Screen565 {
+    int width = 0;
+    int height = 0;
+    std::vector<uint16_t> pixels;
+
+    // The pixels of rect, row by row.
+    std::vector<uint16_t> Region(const Gorb_Rect& rect) const {
+        std::vector<uint16_t> region;
+        for (int y = rect.y; y < rect.y + rect.h; ++y)
+            for (int x = rect.x; x < rect.x + rect.w; ++x) region.push_back(pixels[static_cast<size_t>(y) * width + x]);
+        return region;
+    }
+};
+
+Screen565 FromWindow(const WindowPicture& picture) {
+    Screen565 screen{picture.width, picture.height, {}};
+    for (uint32_t rgb : picture.rgb) {
+        const uint32_t red = rgb >> 19 & 0x1F, green = rgb >> 10 & 0x3F, blue = rgb >> 3 & 0x1F;
+        screen.pixels.push_back(static_cast<uint16_t>(red << 11 | green << 5 | blue));
+    }
+    return screen;
+}
+
+Screen565 FromPng(const fs::path& file) {
+    auto surface = Gorb_CreateSurface(file);
+    surface->Convert();
+    Screen565 screen{surface->Width(), surface->Height(), {}};
+    const Gorb_Pixels pixels = surface->Lock();
+    for (int y = 0; y < screen.height; ++y)
+        screen.pixels.insert(screen.pixels.end(), pixels.Row(y), pixels.Row(y) + screen.width);
+    surface->Unlock();
+    return screen;
+}
+
+std::string TextOf(const fs::path& file) {
+    std::ifstream in(file);
+    return {std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>()};
+}
+
+class MusicianTest : public ::testing::Test {
+protected:
+    void SetUp() override {
+        std::string found;
+        if (test::RunCommand("command -v xvfb-run && command -v xdotool", found) != 0)
+            GTEST_SKIP() << "xvfb-run or xdotool is missing";
+        // The last resort against a hang: the test program ends, and its X server and program with it.
+        alarm(120);
+        fs::create_directories(app);
+        fs::copy_file(test::BinaryDir() / "sondrel", app / "sondrel");
+        fs::copy(test::BinaryDir() / "skins", app / "skins", fs::copy_options::recursive);
+        fs::copy_file(test::BinaryDir() / "modfont.png", app / "modfont.png");
+        x = std::make_unique<e2e::XSession>(dir.Path());
+        ASSERT_TRUE(x->Ready()) << TextOf(dir / "xvfb.log");
+
+        // The main screen's grid where the program puts it below its menu bar.
+        QueuedInput input;
+        Toolkit toolkit(input);
+        const PatternViewWidgets widgets =
+            BuildMainScreen(toolkit, kScreenWidth, kScreenHeight, DropDownMenuBar::kBarHeight);
+        grid = widgets.grid->Rect();
+        grid.x += widgets.mainWindow->Rect().x;
+        grid.y += widgets.mainWindow->Rect().y;
+    }
+
+    void TearDown() override { alarm(0); }
+
+    // The program in its scratch folder, playing into no sound card at the
+    // pace of a real one.
+    std::unique_ptr<ChildProcess> Start(const std::string& arguments, const std::string& environment = "") {
+        return std::make_unique<ChildProcess>(
+            "cd " + ShellQuoted(app.string()) + " && exec env -u SDL_VIDEODRIVER SDL_AUDIODRIVER=disk " +
+            "SDL_DISKAUDIOFILE=/dev/null HOME=" + ShellQuoted(dir.Path().string()) + " XDG_CONFIG_HOME=" +
+            ShellQuoted((dir / "config").string()) + " " + environment + " timeout -k 2 60 ./sondrel " + arguments +
+            " >> " + ShellQuoted((dir / "program.log").string()) + " 2>&1");
+    }
+
+    // Waits for the program's first frame, which sets the window title, and gives the window the keyboard.
+    // (The window found earlier may still be replaced by one the renderer needs.)
+    void WaitForMainScreen(unsigned long& window) {
+        window = x->FindWindow(std::string("^") + kCleanTitle + "$", kStartSeconds);
+        ASSERT_NE(window, 0u) << "no window\n" << Log();
+        ASSERT_TRUE(x->Xdotool("windowfocus --sync " + std::to_string(window))) << "no keyboard focus";
+    }
+
+    bool TitleBecomes(unsigned long window, const std::string& title) {
+        return WaitUntil([&] { return x->WindowName(window) == title; }, kStepSeconds);
+    }
+
+    bool Keys(const std::string& keys) { return x->Xdotool("key --delay 40 " + keys); }
+    bool Type(const std::string& text) { return x->Xdotool("type --delay 20 " + ShellQuoted(text)); }
+
+    // Opens the File menu with a click on its title and clicks the entry.
+    bool ChooseFileMenu(unsigned long window, const std::string& text) {
+        DropDownMenuBar bar(MainMenuTitles({}), kScreenWidth);
+        const Gorb_Rect title = bar.TitleRect(0);
+        bar.Press({title.x + title.w / 2, title.y + title.h / 2});
+        const auto& entries = bar.Titles()[0].entries;
+        const auto found =
+            std::find_if(entries.begin(), entries.end(), [&](const MenuEntry& entry) { return entry.text == text; });
+        if (found == entries.end()) return false;
+        const Gorb_Rect entry = bar.EntryRect(0, static_cast<int>(found - entries.begin()));
+        const std::string id = std::to_string(window);
+        return x->Xdotool("mousemove --sync --window " + id + " " + std::to_string(title.x + title.w / 2) + " " +
+                          std::to_string(title.h / 2) + " click 1 mousemove --sync --window " + id + " " +
+                          std::to_string(entry.x + 10) + " " + std::to_string(entry.y + entry.h / 2) + " click 1");
+    }
+
+    std::optional<Screen565> Look(unsigned long window) {
+        const auto picture = x->Capture(window);
+        if (!picture) return std::nullopt;
+        return FromWindow(*picture);
+    }
+
+    // The window once two looks a tenth of a second apart agree.
+    std::optional<Screen565> Settled(unsigned long window) {
+        std::optional<Screen565> last = Look(window);
+        std::optional<Screen565> now;
+        WaitUntil(
+            [&] {
+                usleep(100000);
+                now = Look(window);
+                const bool same = now && last && now->pixels == last->pixels;
+                last = now;
+                return same;
+            },
+            kStepSeconds);
+        return now;
+    }
+
+    // Waits until rect shows something else than it did in before.
+    bool Changes(unsigned long window, const Screen565& before, const Gorb_Rect& rect) {
+        return WaitUntil(
+            [&] {
+                const auto now = Look(window);
+                return now && now->Region(rect) != before.Region(rect);
+            },
+            kStepSeconds);
+    }
+
+    // Requesters open over the middle of the screen.
+    bool RequesterOpens(unsigned long window, const Screen565& before) {
+        return Changes(window, before, {kScreenWidth / 2 - 20, kScreenHeight / 2 - 10, 40, 20});
+    }
+
+    // The cells of one grid row, from the first channel to the right edge (the line number left out).
+    Gorb_Rect GridRow(int row) const {
+        const int left = kGridTextX + RowPixelX(kNoteField);
+        return {grid.x + left, grid.y + kGridHeaderHeight + row * kGridRowHeight, grid.w - left, kGridRowHeight};
+    }
+
+    // The last frame of an unattended run of the program.
+    Screen565 Screenshot(const std::string& arguments, const std::string& name) {
+        auto program =
+            Start(arguments, "SONDREL_EXIT_AFTER_FRAMES=20 SONDREL_SCREENSHOT=" + ShellQuoted((dir / name).string()));
+        EXPECT_EQ(program->Wait(kStepSeconds), 0) << TextOf(dir / "program.log");
+        return FromPng(dir / name);
+    }
+
+    std::string Log() { return TextOf(dir / "program.log"); }
+
+    test::ScratchDir dir;
+    fs::path app = dir / "app";
+    std::unique_ptr<e2e::XSession> x;
+    Gorb_Rect grid{};
+};
+
+TEST_F(MusicianTest, TypesNotesUndoesRedoesPlaysSavesAndQuitsThroughTheMenu) {
+    auto program = Start("");
+    unsigned long window = 0;
+    ASSERT_NO_FATAL_FAILURE(WaitForMainScreen(window));
+
+    // Channel 0 gets C, D and E on lines 0 to 2 and, two lines further down,
+    // G on line 5; three columns to the right channel 1 gets F on line 6.
+    // Undoing the F and redoing it brings it back.
+    ASSERT_TRUE(Keys("q w e Down Down t Right Right Right r ctrl+y ctrl+z"));
+    ASSERT_TRUE(TitleBecomes(window, kChangedTitle));
+
+    // Playing shows the play marker moving over the grid; then stop.
+    auto before = Settled(window);
+    ASSERT_TRUE(before);
+    ASSERT_TRUE(Keys("ctrl+p"));
+    EXPECT_TRUE(Changes(window, *before, grid)) << "the song didn't start";
+    ASSERT_TRUE(Keys("ctrl+p"));
+
+    // Back in edit mode a B on line 7 of channel 1 is entered and undone.
+    ASSERT_TRUE(Keys("Home Down Down Down Down Down Down Down u ctrl+y"));
+
+    before = Settled(window);
+    ASSERT_TRUE(before);
+    ASSERT_TRUE(Keys("ctrl+s"));
+    ASSERT_TRUE(RequesterOpens(window, *before)) << "no file requester";
+    // The requester adds the module extension.
+    ASSERT_TRUE(Type((dir / "song").string()));
+    ASSERT_TRUE(Keys("Return"));
+    ASSERT_TRUE(TitleBecomes(window, kCleanTitle)) << "not saved";
+
+    // Nothing is left unsaved, so quitting asks nothing.
+    ASSERT_TRUE(ChooseFileMenu(window, "Quit..."));
+    ASSERT_EQ(program->Wait(kStepSeconds), 0) << Log();
+
+    const fs::path song = dir / "song.sdrltk";
+    ImportOptionsProvider options;
+    const auto module = LoadNewModule(song.string(), options);
+    ASSERT_TRUE(module);
+    const std::map<std::pair<int, int>, uint8_t> typed{
+        {{0, 0}, 48}, {{1, 0}, 50}, {{2, 0}, 52}, {{5, 0}, 55}, {{6, 1}, 53}};
+    const Pattern& pattern = module->patterns[0];
+    for (int line = 0; line < pattern.length; ++line)
+        for (int channel = 0; channel < kChannels; ++channel) {
+            const auto note = typed.find({line, channel});
+            EXPECT_EQ(pattern.lines[line].note[channel], note == typed.end() ? kNoteEmpty : note->second)
+                << "line " << line << ", channel " << channel;
+        }
+
+    // Opened again, the grid differs from a new module's in the rows typed in and nowhere else.
+    const Screen565 shown = Screenshot(ShellQuoted(song.string()), "song.png");
+    const Screen565 fresh = Screenshot("", "new.png");
+    ASSERT_EQ(std::pair(shown.width, shown.height), std::pair(kScreenWidth, kScreenHeight));
+    ASSERT_EQ(std::pair(fresh.width, fresh.height), std::pair(kScreenWidth, kScreenHeight));
+    const std::set<int> filled{0, 1, 2, 5, 6};
+    for (int row = 0; row < kGridVisibleLines; ++row)
+        EXPECT_EQ(shown.Region(GridRow(row)) != fresh.Region(GridRow(row)), filled.count(row) == 1) << "row " << row;
+}
+
+TEST_F(MusicianTest, LoadsAModuleThroughTheFileRequesterAndAsksBeforeClosingWithChanges) {
+    fs::create_directories(dir / "songs");
+    const fs::path song = dir / "songs" / "corners.sdrltk";
+    fs::copy_file(test::SourceDir() / "data" / "demo.sdrltk", song);
+    const Screen565 expected = Screenshot(ShellQuoted(song.string()), "corners.png");
+
+    auto program = Start("");
+    unsigned long window = 0;
+    ASSERT_NO_FATAL_FAILURE(WaitForMainScreen(window));
+    auto before = Settled(window);
+    ASSERT_TRUE(before);
+    ASSERT_TRUE(ChooseFileMenu(window, "Load module..."));
+    ASSERT_TRUE(RequesterOpens(window, *before)) << "no file requester";
+    ASSERT_TRUE(Type(song.string()));
+    ASSERT_TRUE(Keys("Return"));
+    // The grid shows the module as it does when the program starts on it.
+    EXPECT_TRUE(WaitUntil(
+        [&] {
+            const auto now = Look(window);
+            return now && now->Region(grid) == expected.Region(grid);
+        },
+        kStepSeconds))
+        << "the loaded module isn't shown";
+
+    // A note changes the module: the close box asks, and Return answers with the focused "Yes".
+    ASSERT_TRUE(Keys("q"));
+    ASSERT_TRUE(TitleBecomes(window, kChangedTitle));
+    before = Settled(window);
+    ASSERT_TRUE(before);
+    ASSERT_TRUE(x->CloseWindow(window));
+    ASSERT_TRUE(RequesterOpens(window, *before)) << "quitting didn't ask";
+    ASSERT_TRUE(Keys("Return"));
+    ASSERT_EQ(program->Wait(kStepSeconds), 0) << Log();
+
+    EXPECT_EQ(test::ReadBytes(song), test::ReadBytes(test::SourceDir() / "data" / "demo.sdrltk"));
+    // The loaded module joined the recent modules kept in the preferences.
+    EXPECT_NE(TextOf(app / "sondrel.prefs").find(song.string()), std::string::npos);
+}
+
+}  // namespace
+}  // namespace sondrel
