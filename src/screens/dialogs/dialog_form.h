@@ -5,8 +5,8 @@
 // until a button, Escape or its close box ends it, and closes again.
 //
 // Typical use: add the fields, Run() with the button labels; the first
-// button confirms. The caller reads the controls' values afterwards; they
-// stay valid until the form is destroyed.
+// button confirms. The window and its controls close when Run returns, so
+// the caller reads the controls' values in accept (or as their entries come).
 
 #include <cstdint>
 #include <functional>
