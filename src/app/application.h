@@ -35,6 +35,7 @@ class Requesters;
 class Clipboard;
 class DropDownMenuBar;
 class ProgramDialogs;
+class ProgramImportOptions;
 
 inline constexpr char kProgramTitle[] = "Sondrel";
 inline constexpr char kCouldNotLoadPreferences[] = "Couldn't load the preferences file (sondrel.prefs).";
@@ -143,7 +144,7 @@ private:
     std::string RecentModule(int index) override;
     void ShowDialog(ProgramDialog dialog) override;
     bool EditMidiExportOptions(MidiExportOptions& options) override;
-    ImportOptionsProvider& ImportOptions() override { return importOptions_; }
+    ImportOptionsProvider& ImportOptions() override;
 
     AppPlatform& platform_;
     AppPaths paths_;
@@ -173,7 +174,7 @@ private:
     std::unique_ptr<CommandDispatcher> dispatcher_;
     std::unique_ptr<PatternFont> patternFont_;
     std::unique_ptr<PatternViewDrawer> viewDrawer_;
-    ImportOptionsProvider importOptions_;  // imports take what each importer proposes until their dialogs exist
+    std::unique_ptr<ProgramImportOptions> importOptions_;
     bool quitRequested_ = false;
     long frames_ = 0;
 };
