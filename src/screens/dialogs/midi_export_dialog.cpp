@@ -61,10 +61,10 @@ std::optional<std::array<uint8_t, kMidiExportRows>> EditMidiExportTable(Requeste
     const int answer = form.Run({"Okay", "Cancel"}, {}, [&](const QueueEntry& entry) {
         if (entry.kind != kEntryListLine) return;
         const int row = rows.Current();
-        if (entry.a == rows.Id()) {
-            names.Select(programs[row]);
-        } else if (entry.a == names.Id() && row >= 0 && names.Current() >= 0) {
-            programs[row] = static_cast<uint8_t>(names.Current());
+        if (entry.a == rows.Id() && entry.b < programs.size()) {
+            names.Select(programs[entry.b]);
+        } else if (entry.a == names.Id() && row >= 0 && entry.b < table.programNames.size()) {
+            programs[row] = static_cast<uint8_t>(entry.b);
             const int top = rows.Top();
             rows.SetLines(TableLines(table, programs));
             rows.SetTop(top);
