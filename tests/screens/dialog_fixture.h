@@ -11,6 +11,8 @@
 #include "screens/dialogs/dialog_form.h"
 #include "ui/requesters/message_text.h"
 #include "ui/requesters_fixture.h"
+#include "ui/widgets/frame.h"
+#include "ui/widgets/list_box.h"
 #include "ui/widgets/menu_button.h"
 #include "ui/widgets/push_button.h"
 #include "ui/widgets/text_line.h"
@@ -37,10 +39,25 @@ protected:
             if (auto* w = dynamic_cast<W*>(widget.get())) found.push_back(w);
         return found;
     }
-    std::vector<std::string> Labels() {
+    // The texts of the dialog's widgets in the order they were added (a
+    // group's frame after its rows): labels, choices joined by "|", buttons,
+    // and a list's line count.
+    std::vector<std::string> Texts() {
         std::vector<std::string> texts;
-        for (const MessageText* text : All<MessageText>())
-            for (const std::string& line : text->Lines()) texts.push_back(line);
+        for (const auto& widget : Dialog()->Widgets()) {
+            const Widget* w = widget.get();
+            if (const auto* text = dynamic_cast<const MessageText*>(w))
+                texts.insert(texts.end(), text->Lines().begin(), text->Lines().end());
+            if (const auto* frame = dynamic_cast<const Frame*>(w)) texts.push_back(frame->Label());
+            if (const auto* button = dynamic_cast<const PushButton*>(w)) texts.push_back(button->Text());
+            if (const auto* list = dynamic_cast<const ListBox*>(w))
+                texts.push_back(std::to_string(list->LineCount()) + " lines");
+            if (const auto* choice = dynamic_cast<const MenuButton*>(w)) {
+                std::string joined;
+                for (const std::string& c : choice->Choices()) joined += (joined.empty() ? "" : "|") + c;
+                texts.push_back(joined);
+            }
+        }
         return texts;
     }
     // The widget added offset places after the label reading text.
@@ -97,14 +114,9 @@ protected:
                     EXPECT_TRUE(r.x + r.w <= o.x + o.w && r.y + r.h <= o.y + o.h) << i << " leaves frame " << j;
                 }
             }
-            std::vector<std::string> texts;
-            int room = r.w;
-            if (const auto* text = dynamic_cast<const MessageText*>(widgets[i].get())) texts = text->Lines();
-            if (const auto* choice = dynamic_cast<const MenuButton*>(widgets[i].get())) {
-                texts = choice->Choices();
-                room -= MenuButton::kArrowWidth;
+            if (const auto* text = dynamic_cast<const MessageText*>(widgets[i].get())) {
+                for (const std::string& line : text->Lines()) EXPECT_LE(MeasureText(line, font), r.w) << line;
             }
-            for (const std::string& line : texts) EXPECT_LE(MeasureText(line, font), room) << line;
         }
     }
 };
