@@ -56,13 +56,18 @@ std::optional<std::array<uint8_t, kMidiExportRows>> EditMidiExportTable(Requeste
     names.SetLines(std::move(nameLines));
     rows.SetLines(TableLines(table, programs));
     rows.Select(0);
-    names.Select(programs[0]);
+    // The selected row's program in the middle of the names.
+    const auto showProgram = [&names](int program) {
+        names.Select(program);
+        names.SetTop(program - names.VisibleLines() / 2);
+    };
+    showProgram(programs[0]);
 
     const int answer = form.Run({"Okay", "Cancel"}, {}, [&](const QueueEntry& entry) {
         if (entry.kind != kEntryListLine) return;
         const int row = rows.Current();
         if (entry.a == rows.Id() && entry.b < programs.size()) {
-            names.Select(programs[entry.b]);
+            showProgram(programs[entry.b]);
         } else if (entry.a == names.Id() && row >= 0 && entry.b < table.programNames.size()) {
             programs[row] = static_cast<uint8_t>(entry.b);
             const int top = rows.Top();
