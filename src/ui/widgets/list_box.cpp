@@ -20,7 +20,7 @@ namespace {
 // text after.
 struct Conversion {
     std::string head;
-    std::string spec;
+    std::string modifiers;
     char letter = 0;
     std::string tail;
 };
@@ -43,7 +43,7 @@ Conversion SplitFormat(const std::string& format) {
         size_t j = i + 1;
         while (j < format.size() && std::strchr("-+ #0123456789.", format[j]) != nullptr) ++j;
         if (j >= format.size() || std::strchr("sSdDiuxXc", format[j]) == nullptr) throw fail("unsupported conversion");
-        out.spec.assign(format, i + 1, j - i - 1);
+        out.modifiers.assign(format, i + 1, j - i - 1);
         out.letter = format[j];
         found = true;
         i = j;
@@ -53,9 +53,9 @@ Conversion SplitFormat(const std::string& format) {
 }
 
 // The width among a conversion's flags, width and precision; 0 for none.
-int FieldWidth(const std::string& spec) {
-    const size_t start = spec.find_first_not_of("-+ #0");
-    return start == std::string::npos ? 0 : std::atoi(spec.c_str() + start);
+int FieldWidth(const std::string& modifiers) {
+    const size_t start = modifiers.find_first_not_of("-+ #0");
+    return start == std::string::npos ? 0 : std::atoi(modifiers.c_str() + start);
 }
 
 #pragma GCC diagnostic push
@@ -81,12 +81,12 @@ std::string FormatListCell(const std::string& format, const ListCell& cell) {
         throw ParseException("List column format \"" + format + "\" does not fit its cell");
     if (c.letter == 'S') {
         // A fixed field: the text left-aligned, padded and cut to the width.
-        const std::string width = std::to_string(FieldWidth(c.spec));
+        const std::string width = std::to_string(FieldWidth(c.modifiers));
         return Printf(c.head + (width == "0" ? "s" : "-" + width + "." + width + "s") + c.tail, text->c_str());
     }
-    if (text != nullptr) return Printf(c.head + c.spec + "s" + c.tail, text->c_str());
+    if (text != nullptr) return Printf(c.head + c.modifiers + "s" + c.tail, text->c_str());
     const char letter = c.letter == 'D' ? 'd' : c.letter;
-    return Printf(c.head + c.spec + "ll" + letter + c.tail, std::get<long long>(cell));
+    return Printf(c.head + c.modifiers + "ll" + letter + c.tail, std::get<long long>(cell));
 }
 
 void ListBox::SetColumns(std::vector<ListColumn> columns) {
