@@ -16,6 +16,7 @@
 #include "app/program_dialogs.h"
 #include "screens/dialogs/info_dialogs.h"
 #include "sound/song_time.h"
+#include "app/program_import_options.h"
 #include "edit/main_menu.h"
 #include "files/export/export_command.h"
 #include "files/module_file.h"
@@ -302,7 +303,7 @@ void Application::RequestClose() {
 bool Application::LoadModule(const std::string& path) {
     std::unique_ptr<Module> fresh;
     try {
-        fresh = LoadNewModule(path, importOptions_);
+        fresh = LoadNewModule(path, *importOptions_);
     } catch (const Exception&) {
         platform_.ShowMessage(kCouldNotLoadModule);
         return false;
@@ -383,8 +384,11 @@ ModuleInformation Application::ModuleInformationNow() {
     return information;
 }
 
-// The export table's dialog is not there yet: the defaults stand.
-bool Application::EditMidiExportOptions(MidiExportOptions&) { return true; }
+bool Application::EditMidiExportOptions(MidiExportOptions& options) {
+    return ProgramMidiExportDialog(*requesters_, *module_).EditMidiExportOptions(options);
+}
+
+ImportOptionsProvider& Application::ImportOptions() { return *importOptions_; }
 
 void Application::StartPlaying() {
     std::lock_guard<AudioMutex> lock(*audioMutex_);
@@ -450,6 +454,7 @@ void Application::StartToolkit() {
     toolkit_->SetClipboard(clipboard_.get());
     if (Gorb_Surface* screen = platform_.Screen()) toolkit_->Init(*screen, skins_.get());
     requesters_ = std::make_unique<Requesters>(*toolkit_, static_cast<RequesterHost&>(*this));
+    importOptions_ = std::make_unique<ProgramImportOptions>(*requesters_);
     menuBar_ = std::make_unique<DropDownMenuBar>(
         MainMenuTitles({prefs_.lastModules.begin(), prefs_.lastModules.end()}), kScreenWidth, toolkit_->Style().font);
     toolkit_->SetMenuBar(menuBar_.get());
@@ -494,6 +499,7 @@ void Application::StopToolkit() {
     viewDrawer_.reset();
     dispatcher_.reset();
     dialogs_.reset();
+    importOptions_.reset();
     requesters_.reset();
     if (toolkit_) toolkit_->SetMenuBar(nullptr);
     screenWidgets_ = {};

@@ -36,6 +36,7 @@ class Clipboard;
 class DropDownMenuBar;
 class ProgramDialogs;
 struct ModuleInformation;
+class ProgramImportOptions;
 
 inline constexpr char kProgramTitle[] = "Sondrel";
 inline constexpr char kCouldNotLoadPreferences[] = "Couldn't load the preferences file (sondrel.prefs).";
@@ -147,7 +148,7 @@ private:
     void EditPreferences();
     ModuleInformation ModuleInformationNow();
     bool EditMidiExportOptions(MidiExportOptions& options) override;
-    ImportOptionsProvider& ImportOptions() override { return importOptions_; }
+    ImportOptionsProvider& ImportOptions() override;
 
     AppPlatform& platform_;
     AppPaths paths_;
@@ -177,7 +178,7 @@ private:
     std::unique_ptr<CommandDispatcher> dispatcher_;
     std::unique_ptr<PatternFont> patternFont_;
     std::unique_ptr<PatternViewDrawer> viewDrawer_;
-    ImportOptionsProvider importOptions_;  // imports take what each importer proposes until their dialogs exist
+    std::unique_ptr<ProgramImportOptions> importOptions_;
     bool quitRequested_ = false;
     long frames_ = 0;
     bool screenshotTaken_ = false;

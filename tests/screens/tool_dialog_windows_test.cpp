@@ -7,7 +7,7 @@
 #include "screens/dialogs/dialog_form.h"
 #include "screens/dialogs/info_dialogs.h"
 #include "screens/dialogs/value_formats.h"
-#include "ui/requester_fixture.h"
+#include "screens/dialog_fixture.h"
 #include "ui/requesters/message_text.h"
 #include "ui/widgets/check_box.h"
 #include "ui/widgets/list_box.h"
@@ -19,19 +19,16 @@ namespace sondrel {
 namespace {
 
 constexpr uint16_t kKeyEnd = 0xCF;
+constexpr uint16_t kKeyEscape = TextLine::kKeyEscape;
+constexpr uint16_t kKeyReturn = TextLine::kKeyEnter;
 
 // The dialogs run their own frames; each step of a test acts on the open dialog.
-class ToolDialogTest : public RequestersTest {
+class ToolDialogTest : public DialogFixture {
 protected:
-    Window& Dialog() {
-        Window* window = toolkit.FindWindow(kDialogWindowId);
-        if (window == nullptr) throw std::runtime_error("no dialog is open");
-        return *window;
-    }
     // The control after the label with this text.
     template <typename W>
     W& Field(const std::string& label, int nth = 0) {
-        const auto& widgets = Dialog().Widgets();
+        const auto& widgets = Dialog()->Widgets();
         for (size_t i = 0; i + 1 < widgets.size(); ++i) {
             const auto* text = dynamic_cast<const MessageText*>(widgets[i].get());
             if (text != nullptr && text->Lines() == std::vector<std::string>{label} && nth-- == 0)
@@ -41,7 +38,7 @@ protected:
     }
     // The button, check box or choice showing this text.
     Widget& Labelled(const std::string& text) {
-        for (const auto& widget : Dialog().Widgets()) {
+        for (const auto& widget : Dialog()->Widgets()) {
             if (const auto* button = dynamic_cast<const PushButton*>(widget.get()); button && button->Text() == text)
                 return *widget;
             if (const auto* box = dynamic_cast<const ToggleWidget*>(widget.get()); box && box->Text() == text)
@@ -52,13 +49,13 @@ protected:
     void Press(const std::string& text) { ClickWidget(kDialogWindowId, Labelled(text).Id()); }
     // Types at the end of a text entry.
     void TypeInto(Widget& field, const std::string& text) {
-        toolkit.Focus(&Dialog(), &field);
+        toolkit.Focus(Dialog(), &field);
         QueueKey(kKeyEnd);
         for (char c : text) QueueKey(0x10, static_cast<uint8_t>(c));
     }
     std::vector<std::string> Labels() {
         std::vector<std::string> labels;
-        for (const auto& widget : Dialog().Widgets())
+        for (const auto& widget : Dialog()->Widgets())
             if (const auto* text = dynamic_cast<const MessageText*>(widget.get())) labels.push_back(text->Lines()[0]);
         return labels;
     }
@@ -70,7 +67,7 @@ TEST_F(ToolDialogTest, ModuleSettingsShowTheValuesAndOnlyOkayGivesTheChangedOnes
     current.initialSpeed = 79;
     current.repeatPosition = 2;
     Then([&] {
-        EXPECT_EQ(Dialog().Title(), "Module settings");
+        EXPECT_EQ(Dialog()->Title(), "Module settings");
         EXPECT_EQ(Labels(), (std::vector<std::string>{"Title:", "Author:", "Notes:", "Type:", "Frequency divider:",
                                                       "Repeat position:", "Initial speed:"}));
         EXPECT_EQ(Field<TextLine>("Initial speed:").Text(), " 9.875");
@@ -90,7 +87,7 @@ TEST_F(ToolDialogTest, ModuleSettingsShowTheValuesAndOnlyOkayGivesTheChangedOnes
     EXPECT_EQ(chosen->repeatPosition, 3);
 
     Then([&] {
-        EXPECT_EQ(Dialog().Title(), "New module settings");
+        EXPECT_EQ(Dialog()->Title(), "New module settings");
         TypeInto(Field<TextLine>("Title:"), "x");
         Press("Cancel");
     });
@@ -103,7 +100,7 @@ TEST_F(ToolDialogTest, PatternSettingsTakeTheLengthOnlyForANewPatternAndEscapeCa
     current.name = "Verse";
     current.length = 32;
     Then([&] {
-        EXPECT_EQ(Dialog().Title(), "Pattern settings");
+        EXPECT_EQ(Dialog()->Title(), "Pattern settings");
         EXPECT_EQ(Labels(), (std::vector<std::string>{"Name:", "Length:", "32", "Start line:", "Number of lines:",
                                                       "Start line:", "Number of lines:"}));
         Press("Main tact:");
@@ -119,7 +116,7 @@ TEST_F(ToolDialogTest, PatternSettingsTakeTheLengthOnlyForANewPatternAndEscapeCa
     EXPECT_EQ(chosen->tactInterval[1], 3);
 
     Then([&] {
-        EXPECT_EQ(Dialog().Title(), "New pattern settings");
+        EXPECT_EQ(Dialog()->Title(), "New pattern settings");
         Field<TextLine>("Length:").SetText("300");
         Press("Okay");
     });
@@ -143,12 +140,12 @@ TEST_F(ToolDialogTest, SweepingToolsGiveTheChosenPatternsLinesAndChannels) {
     module.CreatePattern(3);
     module.patterns[3].name = "Chorus";
     Then([&] {
-        EXPECT_EQ(Dialog().Title(), "Change instruments");
+        EXPECT_EQ(Dialog()->Title(), "Change instruments");
         Press("Toggle all");
         Press("Channel 2");  // back on
     });
     Then([&] {
-        auto& list = dynamic_cast<ListBox&>(*Dialog().Widgets().front());
+        auto& list = dynamic_cast<ListBox&>(*Dialog()->Widgets().front());
         ASSERT_EQ(list.LineCount(), 2);
         list.Select(1);  // pattern 3 alone
         Field<TextLine>("Instrument #2:").SetNumber(7);
@@ -163,12 +160,12 @@ TEST_F(ToolDialogTest, SweepingToolsGiveTheChosenPatternsLinesAndChannels) {
     EXPECT_EQ(change->endLine, kMaxLines - 1);
 
     Then([&] {
-        auto& list = dynamic_cast<ListBox&>(*Dialog().Widgets().front());
+        auto& list = dynamic_cast<ListBox&>(*Dialog()->Widgets().front());
         list.Select(0);
         Press("Select all");
     });
     Then([&] {
-        for (const auto& widget : Dialog().Widgets())
+        for (const auto& widget : Dialog()->Widgets())
             if (auto* choice = dynamic_cast<MenuButton*>(widget.get()); choice && choice->Choices().size() == 2 &&
                                                                         choice->Choices()[1] == "Use line range")
                 choice->SetChoice(1);
@@ -203,7 +200,7 @@ namespace {
 TEST_F(ToolDialogTest, PreferencesAndModuleInformationShowWhatTheyAreGiven) {
     const PreferenceValues current{false, 50, true, 3};
     Then([&] {
-        EXPECT_EQ(Dialog().Title(), "Preferences");
+        EXPECT_EQ(Dialog()->Title(), "Preferences");
         EXPECT_EQ(Labels(), (std::vector<std::string>{"Fullscreen:", "Volume:", "Enable MIDI-in:", "MIDI-in Device ID:"}));
         ClickWidget(kDialogWindowId, Field<CheckBox>("Fullscreen:").Id());
         Field<TextLine>("Volume:").SetText("101");

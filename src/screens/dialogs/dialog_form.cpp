@@ -141,6 +141,7 @@ int DialogForm::Run(const std::vector<std::string>& buttons, const std::function
         if (onEntry) onEntry(entry);
         return false;
     });
+    window_ = nullptr;  // closed with its controls
     return answered ? pressed : kCancelled;
 }
 

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstdio>
+#include <cstdlib>
 #include <cstring>
 
 #include "model/exception.h"
@@ -14,10 +15,12 @@ namespace sondrel {
 
 namespace {
 
-// Splits a cell format around its one conversion: the text before it with the
-// conversion's flags, width and precision, the conversion letter, and the text after.
+// Splits a cell format around its one conversion: the text before it up to
+// the '%', the conversion's flags, width and precision, its letter, and the
+// text after.
 struct Conversion {
     std::string head;
+    std::string modifiers;
     char letter = 0;
     std::string tail;
 };
@@ -39,14 +42,20 @@ Conversion SplitFormat(const std::string& format) {
         if (found) throw fail("more than one conversion");
         size_t j = i + 1;
         while (j < format.size() && std::strchr("-+ #0123456789.", format[j]) != nullptr) ++j;
-        if (j >= format.size() || std::strchr("sdiuxXc", format[j]) == nullptr) throw fail("unsupported conversion");
-        out.head.append(format, i + 1, j - i - 1);
+        if (j >= format.size() || std::strchr("sSdDiuxXc", format[j]) == nullptr) throw fail("unsupported conversion");
+        out.modifiers.assign(format, i + 1, j - i - 1);
         out.letter = format[j];
         found = true;
         i = j;
     }
     if (!found) throw fail("no conversion");
     return out;
+}
+
+// The width among a conversion's flags, width and precision; 0 for none.
+int FieldWidth(const std::string& modifiers) {
+    const size_t start = modifiers.find_first_not_of("-+ #0");
+    return start == std::string::npos ? 0 : std::atoi(modifiers.c_str() + start);
 }
 
 #pragma GCC diagnostic push
@@ -67,11 +76,17 @@ std::string Printf(const std::string& format, T value) {
 std::string FormatListCell(const std::string& format, const ListCell& cell) {
     const auto* text = std::get_if<std::string>(&cell);
     if (format.empty()) return text != nullptr ? *text : std::to_string(std::get<long long>(cell));
-    const Conversion conversion = SplitFormat(format);
-    if ((conversion.letter == 's') != (text != nullptr))
+    const Conversion c = SplitFormat(format);
+    if ((c.letter == 's' || c.letter == 'S') != (text != nullptr))
         throw ParseException("List column format \"" + format + "\" does not fit its cell");
-    if (text != nullptr) return Printf(conversion.head + "s" + conversion.tail, text->c_str());
-    return Printf(conversion.head + "ll" + conversion.letter + conversion.tail, std::get<long long>(cell));
+    if (c.letter == 'S') {
+        // A fixed field: the text left-aligned, padded and cut to the width.
+        const std::string width = std::to_string(FieldWidth(c.modifiers));
+        return Printf(c.head + (width == "0" ? "s" : "-" + width + "." + width + "s") + c.tail, text->c_str());
+    }
+    if (text != nullptr) return Printf(c.head + c.modifiers + "s" + c.tail, text->c_str());
+    const char letter = c.letter == 'D' ? 'd' : c.letter;
+    return Printf(c.head + c.modifiers + "ll" + letter + c.tail, std::get<long long>(cell));
 }
 
 void ListBox::SetColumns(std::vector<ListColumn> columns) {

@@ -21,7 +21,10 @@ namespace sondrel {
 
 struct ListColumn {
     int width = 0;
-    std::string format;  // one conversion: %s for text cells, d/i/u/x/X/c for numbers; empty for the plain value
+    // One conversion: %s for text cells, d/i/u/x/X/c for numbers; empty for
+    // the plain value. %S is a text in a fixed field ("%20S": exactly 20
+    // characters, cut or padded on the right); %D is a decimal like %d.
+    std::string format;
     std::string title;
 };
 

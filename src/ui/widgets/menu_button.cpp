@@ -32,7 +32,9 @@ MenuButton::MenuButton(uint16_t id, const Gorb_Rect& rect, std::string_view choi
     SetChoice(choice);
 }
 
-void MenuButton::SetChoice(int choice) { choice_ = std::clamp(choice, 0, static_cast<int>(choices_.size()) - 1); }
+void MenuButton::SetChoice(int choice) {
+    choice_ = choice < 0 ? kNoChoice : std::min(choice, static_cast<int>(choices_.size()) - 1);
+}
 
 Gorb_Rect MenuButton::LineRect(int index) const {
     return {listRect_.x + kListBorder, listRect_.y + kListBorder + index * kEntryHeight, listRect_.w - 2 * kListBorder,
@@ -159,7 +161,7 @@ void MenuButton::Draw(Painter& painter, const DrawStyle& style) const {
         for (int i = 0; i < 4; ++i) painter.HLine(x + i, y + i, 7 - 2 * i, arrow);
         if (Focused()) painter.Outline({2, 2, local.w - 4, local.h - 4}, style.Colour(ThemeColour::FocusRing));
     }
-    if (style.font != nullptr) {
+    if (style.font != nullptr && choice_ != kNoChoice) {
         const ThemeColour colour = Enabled() ? ThemeColour::Text : ThemeColour::TextDisabled;
         const int shift = open_ ? 1 : 0;
         painter.TextIn(*style.font, {3 + shift, shift, local.w - 6 - kArrowWidth, local.h},

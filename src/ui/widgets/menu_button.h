@@ -5,7 +5,8 @@
 // queues a choice entry with its index. A press elsewhere or Escape closes the
 // list without choosing. When focused, Space or Return opens the list and Up
 // and Down step the choice at once; while the list is open they move its
-// highlight and Return picks.
+// highlight and Return picks. A button may start with no choice (kNoChoice):
+// its face stays empty until one is picked.
 
 #include <string>
 #include <string_view>
@@ -26,13 +27,14 @@ public:
     static constexpr uint16_t kKeyPadEnter = 0x9C;
     static constexpr uint16_t kKeyUp = 0xC8;
     static constexpr uint16_t kKeyDown = 0xD0;
+    static constexpr int kNoChoice = -1;
 
     // choices: one text, the choices separated by "\n".
     MenuButton(uint16_t id, const Gorb_Rect& rect, std::string_view choices, int choice = 0);
 
     const std::vector<std::string>& Choices() const { return choices_; }
     int Choice() const { return choice_; }
-    // Sets the choice (kept in range) without queueing anything.
+    // Sets the choice (kept in range; negative for none) without queueing anything.
     void SetChoice(int choice);
     int32_t Value() const override { return choice_; }
 

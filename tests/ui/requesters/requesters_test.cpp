@@ -13,7 +13,7 @@
 #include "ui/requesters/file_requester.h"
 #include "ui/requesters/message_text.h"
 #include "ui/requesters/requester_host.h"
-#include "ui/requester_fixture.h"
+#include "ui/requesters_fixture.h"
 #include "ui/widgets/list_box.h"
 #include "ui/widgets/text_line.h"
 
@@ -21,6 +21,11 @@ namespace sondrel {
 namespace {
 
 namespace fs = std::filesystem;
+
+constexpr uint16_t kKeyEscape = TextLine::kKeyEscape;
+constexpr uint16_t kKeyReturn = TextLine::kKeyEnter;
+
+using RequestersTest = RequesterFixture;
 
 TEST_F(RequestersTest, QuestionIsAnsweredByEitherButtonReturnOrEscape) {
     struct Case {

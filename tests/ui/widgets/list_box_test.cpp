@@ -192,6 +192,9 @@ TEST(ListCellFormat, WritesCellsThroughTheColumnFormatAndRejectsBadOnes) {
     EXPECT_EQ(FormatListCell("%3d", ListCell{7}), "  7");
     EXPECT_EQ(FormatListCell("%02X h", ListCell{10}), "0A h");
     EXPECT_EQ(FormatListCell("[%-4s] 100%%", ListCell{"ab"}), "[ab  ] 100%");
+    EXPECT_EQ(FormatListCell("%4S|", ListCell{"abcdef"}), "abcd|");
+    EXPECT_EQ(FormatListCell("%4S|", ListCell{"ab"}), "ab  |");
+    EXPECT_EQ(FormatListCell("ch %2D", ListCell{7}), "ch  7");
     EXPECT_EQ(FormatListCell("", ListCell{-5}), "-5");
     EXPECT_EQ(FormatListCell("", ListCell{"x"}), "x");
     for (const char* bad : {"%s", "%d %d", "none", "%ld", "%*d", "%n"}) {

@@ -1,21 +1,19 @@
 #pragma once
 // The bench for anything that runs the requesters' frame loop (requesters,
-// dialogs): a host that plays a script one step a frame, and helpers that
-// queue keys and clicks for the windows the loop has open.
+// dialogs): a scripted host that plays one step a frame, a main window below
+// and helpers that queue clicks and keys for the frames to come.
 
 #include <deque>
 #include <functional>
 #include <stdexcept>
+#include <string>
 
 #include "ui/requesters/requester_host.h"
 #include "ui/requesters/requesters.h"
 #include "ui/toolkit_fixture.h"
-#include "ui/widgets/text_line.h"
+#include "ui/window.h"
 
 namespace sondrel {
-
-constexpr uint16_t kKeyEscape = TextLine::kKeyEscape;
-constexpr uint16_t kKeyReturn = TextLine::kKeyEnter;
 
 // Plays a script one step a frame, before the toolkit takes the frame's
 // input, and gives up after kFrameLimit frames so a requester that never
@@ -48,7 +46,7 @@ private:
 };
 
 // The requesters run their own frames, so input here is only queued for them.
-class RequestersTest : public ToolkitFixture {
+class RequesterFixture : public ToolkitFixture {
 protected:
     // The next frame runs step first.
     void Then(std::function<void()> step) { host.script.push_back(std::move(step)); }
