@@ -9,6 +9,7 @@
 
 #include "app/command_line.h"
 #include "app/editor.h"
+#include "app/instrument_editing.h"
 #include "app/midi_in.h"
 #include "app/midi_note_entry.h"
 #include "app/program_dialogs.h"
@@ -206,6 +207,7 @@ bool Application::StartUp() {
     editor_ = std::make_unique<Editor>(*module_, *song_, *notes_, *audioMutex_, *requesters_);
     midiEntry_ = std::make_unique<MidiNoteEntry>(editor_->Context());
     dialogs_ = std::make_unique<ProgramDialogs>(*requesters_, *module_);
+    instrumentEditing_ = std::make_unique<InstrumentEditing>(editor_->Context(), *requesters_);
     dispatcher_ = std::make_unique<CommandDispatcher>(editor_->Context(), *dialogs_, static_cast<CommandHost&>(*this));
     dispatcher_->SetMenus(&menuBar_->Titles());
     PatternViewHooks hooks;
@@ -324,7 +326,10 @@ std::string Application::RecentModule(int index) {
     return {};
 }
 
-void Application::ShowDialog(ProgramDialog) { requesters_->ShowMessage(kExportNotAvailable); }
+void Application::ShowDialog(ProgramDialog dialog) {
+    if (dialog == ProgramDialog::InstrumentEditor) return instrumentEditing_->Run();
+    requesters_->ShowMessage(kExportNotAvailable);
+}
 
 // The export table's dialog is not there yet: the defaults stand.
 bool Application::EditMidiExportOptions(MidiExportOptions&) { return true; }
@@ -372,6 +377,7 @@ void Application::ShutDown() {
         midiEntry_.reset();
         midiIn_.reset();
         dispatcher_.reset();
+        instrumentEditing_.reset();
         editor_.reset();
         song_.reset();
         notes_.reset();

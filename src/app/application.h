@@ -35,6 +35,7 @@ class Requesters;
 class Clipboard;
 class DropDownMenuBar;
 class ProgramDialogs;
+class InstrumentEditing;
 
 inline constexpr char kProgramTitle[] = "Sondrel";
 inline constexpr char kCouldNotLoadPreferences[] = "Couldn't load the preferences file (sondrel.prefs).";
@@ -170,6 +171,7 @@ private:
     std::unique_ptr<DropDownMenuBar> menuBar_;
     PatternViewWidgets screenWidgets_;
     std::unique_ptr<ProgramDialogs> dialogs_;
+    std::unique_ptr<InstrumentEditing> instrumentEditing_;
     std::unique_ptr<CommandDispatcher> dispatcher_;
     std::unique_ptr<PatternFont> patternFont_;
     std::unique_ptr<PatternViewDrawer> viewDrawer_;
