@@ -5,6 +5,7 @@
 
 #include "sound/sound_chip.h"
 #include "sound/voice.h"
+#include "ui/painter.h"
 
 namespace sondrel {
 
@@ -29,14 +30,6 @@ int TimedTicks(const Instrument& instrument) {
     int ticks = 0;
     for (uint8_t delay : instrument.delay) ticks += PhaseTicks(delay);
     return ticks;
-}
-
-Gorb_Rect Intersect(const Gorb_Rect& a, const Gorb_Rect& b) {
-    const int left = std::max(a.x, b.x);
-    const int top = std::max(a.y, b.y);
-    const int right = std::min(a.x + a.w, b.x + b.w);
-    const int bottom = std::min(a.y + a.h, b.y + b.h);
-    return {left, top, std::max(0, right - left), std::max(0, bottom - top)};
 }
 
 }  // namespace
