@@ -47,7 +47,8 @@ void DrawEnvelopePicture(Gorb_Surface& surface, const Gorb_Rect& where, const In
 
     surface.FillRect(area, surface.FindPixel(kBackground));
     const uint32_t grid = surface.FindPixel(kGrid);
-    for (int level = 0; level <= kLevels; level += 5) surface.FillRect({area.x, bottom - 1 - height(level), area.w, 1}, grid);
+    for (int level = 0; level <= kLevels; level += 5)
+        surface.FillRect({area.x, bottom - 1 - height(level), area.w, 1}, grid);
 
     // The quietest and loudest level heard in each column.
     const int ticks = EnvelopePictureTicks(instrument);
