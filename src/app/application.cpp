@@ -11,6 +11,7 @@
 
 #include "app/command_line.h"
 #include "app/editor.h"
+#include "app/instrument_editing.h"
 #include "app/midi_in.h"
 #include "app/midi_note_entry.h"
 #include "app/program_dialogs.h"
@@ -219,6 +220,7 @@ bool Application::StartUp() {
     editor_ = std::make_unique<Editor>(*module_, *song_, *notes_, *audioMutex_, *requesters_);
     midiEntry_ = std::make_unique<MidiNoteEntry>(editor_->Context());
     dialogs_ = std::make_unique<ProgramDialogs>(*requesters_, *module_);
+    instrumentEditing_ = std::make_unique<InstrumentEditing>(editor_->Context(), *requesters_);
     dispatcher_ = std::make_unique<CommandDispatcher>(editor_->Context(), *dialogs_, static_cast<CommandHost&>(*this));
     dispatcher_->SetMenus(&menuBar_->Titles());
     PatternViewHooks hooks;
@@ -353,6 +355,7 @@ void Application::ShowDialog(ProgramDialog dialog) {
     case ProgramDialog::ProgramInfo: ShowProgramInfo(*requesters_); break;
     case ProgramDialog::ModuleInfo: ShowModuleInformation(*requesters_, ModuleInformationNow()); break;
     case ProgramDialog::Overview: ShowPatternOverview(*requesters_, *module_); break;
+    case ProgramDialog::InstrumentEditor: instrumentEditing_->Run(); break;
     default: requesters_->ShowMessage(kExportNotAvailable); break;
     }
 }
@@ -433,6 +436,7 @@ void Application::ShutDown() {
         midiEntry_.reset();
         midiIn_.reset();
         dispatcher_.reset();
+        instrumentEditing_.reset();
         editor_.reset();
         song_.reset();
         notes_.reset();

@@ -37,6 +37,7 @@ class DropDownMenuBar;
 class ProgramDialogs;
 struct ModuleInformation;
 class ProgramImportOptions;
+class InstrumentEditing;
 
 inline constexpr char kProgramTitle[] = "Sondrel";
 inline constexpr char kCouldNotLoadPreferences[] = "Couldn't load the preferences file (sondrel.prefs).";
@@ -175,6 +176,7 @@ private:
     std::unique_ptr<DropDownMenuBar> menuBar_;
     PatternViewWidgets screenWidgets_;
     std::unique_ptr<ProgramDialogs> dialogs_;
+    std::unique_ptr<InstrumentEditing> instrumentEditing_;
     std::unique_ptr<CommandDispatcher> dispatcher_;
     std::unique_ptr<PatternFont> patternFont_;
     std::unique_ptr<PatternViewDrawer> viewDrawer_;

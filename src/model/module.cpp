@@ -130,7 +130,7 @@ int Module::CountInList(int patternNumber) const {
 }
 
 void Module::ResetInstrument(int number) {
-    instruments[static_cast<size_t>(number) & (kInstruments - 1)] = Instrument{};
+    instruments[static_cast<size_t>(number) & (kInstruments - 1)].Reset();
 }
 
 }  // namespace sondrel

@@ -73,6 +73,10 @@ struct Instrument {
     std::array<uint8_t, kEnvelopePhases> vibratoSpeed{};
     std::array<uint8_t, kEnvelopePhases> vibratoStrength{};
     std::array<int8_t, kEnvelopePhases> volumeAdd{};
+
+    // Back to what every instrument of a new module holds: no name, full
+    // start volume, four phases of 8 ticks, no vibrato, no volume adds.
+    void Reset() { *this = Instrument{}; }
     bool operator==(const Instrument&) const = default;
 };
 

@@ -3,9 +3,8 @@
 #include <algorithm>
 #include <cstdio>
 
+#include "screens/envelope_picture.h"
 #include "screens/pattern_rows.h"
-#include "sound/sound_chip.h"
-#include "sound/voice.h"
 #include "ui/widgets/check_button.h"
 #include "ui/widgets/image.h"
 #include "ui/widgets/list_box.h"
@@ -209,32 +208,12 @@ void PatternViewDrawer::FillInstruments() {
     DrawInstrumentPreview();
 }
 
-// The current instrument's loudness over time, one pixel a tick: a full-volume
-// note played through a voice as the player would, its output level as a bar.
 void PatternViewDrawer::DrawInstrumentPreview() {
     Image* preview = widgets_.instrumentPreview;
     if (!preview) return;
     Gorb_Surface& surface = preview->Surface();
-    const int width = surface.Width();
-    const int height = surface.Height();
-    surface.Fill(surface.FindPixel(0xFF101820));
-    const uint32_t grid = surface.FindPixel(0xFF1E2A38);
-    for (int level = 0; level <= 15; level += 5) surface.FillRect({0, height - 1 - level * (height - 1) / 15, width, 1}, grid);
-
-    const Instrument& instrument = view_.GetModule().instruments[view_.Settings().currentInstrument];
-    constexpr uint8_t kPreviewNote = 60;
-    SoundChip chip;
-    Voice voice;
-    voice.Start(instrument, view_.Settings().currentInstrument, 15, kPreviewNote, 0, static_cast<uint32_t>(width) + 1);
-    const uint32_t bar = surface.FindPixel(0xFF2F6F68);
-    const uint32_t top = surface.FindPixel(0xFF8FD0C4);
-    for (int x = 0; x < width; ++x) {
-        voice.Update(chip, 0, 0);
-        const int barHeight = voice.outputVolume * (height - 1) / 15;
-        if (barHeight == 0) continue;
-        surface.FillRect({x, height - barHeight, 1, barHeight}, bar);
-        surface.FillRect({x, height - barHeight, 1, 1}, top);
-    }
+    DrawEnvelopePicture(surface, {0, 0, surface.Width(), surface.Height()},
+                        view_.GetModule().instruments[view_.Settings().currentInstrument % kInstruments]);
 }
 
 void PatternViewDrawer::SetTitle() {

@@ -4,6 +4,7 @@
 
 #include <string>
 
+#include "screens/dialog_fixture.h"
 #include "screens/dialogs/dialog_form.h"
 #include "screens/dialogs/info_dialogs.h"
 #include "screens/dialogs/value_formats.h"
@@ -17,49 +18,6 @@
 
 namespace sondrel {
 namespace {
-
-constexpr uint16_t kKeyEnd = 0xCF;
-constexpr uint16_t kKeyEscape = TextLine::kKeyEscape;
-constexpr uint16_t kKeyReturn = TextLine::kKeyEnter;
-
-// The dialogs run their own frames; each step of a test acts on the open dialog.
-class ToolDialogTest : public DialogFixture {
-protected:
-    // The control after the label with this text.
-    template <typename W>
-    W& Field(const std::string& label, int nth = 0) {
-        const auto& widgets = Dialog()->Widgets();
-        for (size_t i = 0; i + 1 < widgets.size(); ++i) {
-            const auto* text = dynamic_cast<const MessageText*>(widgets[i].get());
-            if (text != nullptr && text->Lines() == std::vector<std::string>{label} && nth-- == 0)
-                return dynamic_cast<W&>(*widgets[i + 1]);
-        }
-        throw std::runtime_error("no field " + label);
-    }
-    // The button, check box or choice showing this text.
-    Widget& Labelled(const std::string& text) {
-        for (const auto& widget : Dialog()->Widgets()) {
-            if (const auto* button = dynamic_cast<const PushButton*>(widget.get()); button && button->Text() == text)
-                return *widget;
-            if (const auto* box = dynamic_cast<const ToggleWidget*>(widget.get()); box && box->Text() == text)
-                return *widget;
-        }
-        throw std::runtime_error("nothing labelled " + text);
-    }
-    void Press(const std::string& text) { ClickWidget(kDialogWindowId, Labelled(text).Id()); }
-    // Types at the end of a text entry.
-    void TypeInto(Widget& field, const std::string& text) {
-        toolkit.Focus(Dialog(), &field);
-        QueueKey(kKeyEnd);
-        for (char c : text) QueueKey(0x10, static_cast<uint8_t>(c));
-    }
-    std::vector<std::string> Labels() {
-        std::vector<std::string> labels;
-        for (const auto& widget : Dialog()->Widgets())
-            if (const auto* text = dynamic_cast<const MessageText*>(widget.get())) labels.push_back(text->Lines()[0]);
-        return labels;
-    }
-};
 
 TEST_F(ToolDialogTest, ModuleSettingsShowTheValuesAndOnlyOkayGivesTheChangedOnes) {
     ModuleSettings current;
