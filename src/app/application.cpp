@@ -1,8 +1,10 @@
 #include "app/application.h"
 
+#include <chrono>
 #include <csignal>
 #include <cstdio>
 #include <cstdlib>
+#include <fstream>
 #include <mutex>
 #include <optional>
 #include <system_error>
@@ -56,6 +58,23 @@ namespace {
 long EnvironmentNumber(const char* name) {
     const char* text = std::getenv(name);
     return text ? std::strtol(text, nullptr, 10) : 0;
+}
+
+// The program works in its data directory: a relative name is taken from where it started.
+std::filesystem::path EnvironmentPath(const char* name) {
+    const char* text = std::getenv(name);
+    if (!text) return {};
+    std::error_code error;
+    std::filesystem::path path = std::filesystem::absolute(text, error);
+    return error ? std::filesystem::path(text) : path;
+}
+
+void WriteWallClockTime(const std::filesystem::path& file) {
+    const auto now = std::chrono::system_clock::now().time_since_epoch();
+    const long long micro = std::chrono::duration_cast<std::chrono::microseconds>(now).count();
+    char text[32];
+    std::snprintf(text, sizeof text, "%lld.%06lld\n", micro / 1000000, micro % 1000000);
+    std::ofstream(file) << text;
 }
 
 // The current directory is switched before the program touches its files;
@@ -122,12 +141,8 @@ AppOptions AppOptionsFromEnvironment() {
     options.exitAfterFrames = EnvironmentNumber("SONDREL_EXIT_AFTER_FRAMES");
     options.faultAfterFrames = EnvironmentNumber("SONDREL_FAULT_AFTER_FRAMES");
     options.playOnStart = EnvironmentNumber("SONDREL_PLAY_ON_START") != 0;
-    // The program works in its data directory: a relative name is taken from where it started.
-    if (const char* screenshot = std::getenv("SONDREL_SCREENSHOT")) {
-        std::error_code error;
-        options.screenshot = std::filesystem::absolute(screenshot, error);
-        if (error) options.screenshot = screenshot;
-    }
+    options.screenshot = EnvironmentPath("SONDREL_SCREENSHOT");
+    options.firstFrameLog = EnvironmentPath("SONDREL_FIRST_FRAME_LOG");
     return options;
 }
 
@@ -263,6 +278,7 @@ void Application::RunFrame() {
 
 void Application::FramePresented(bool insideRequester) {
     ++frames_;
+    if (frames_ == 1 && !options_.firstFrameLog.empty()) WriteWallClockTime(options_.firstFrameLog);
     if (frames_ == options_.faultAfterFrames) std::raise(SIGSEGV);
     if (options_.exitAfterFrames > 0 && frames_ >= options_.exitAfterFrames) {
         // Inside a requester the request goes through its loop, which hands it back here.
