@@ -68,7 +68,7 @@ struct AppOptions {
     std::filesystem::path screenshot;  // SONDREL_SCREENSHOT: the last frame as PNG
     // SONDREL_FIRST_FRAME_LOG: gets the wall-clock time the first frame was
     // presented, in seconds since 1970 to the microsecond.
-    std::filesystem::path firstFrameLog;
+    std::filesystem::path firstFrameLog{};
 };
 AppOptions AppOptionsFromEnvironment();
 
