@@ -1,10 +1,12 @@
 #include "app/application.h"
 
+#include <chrono>
 #include <csignal>
 #include <fstream>
 #include <sstream>
 #include <cstdio>
 #include <cstdlib>
+#include <fstream>
 #include <mutex>
 #include <optional>
 #include <system_error>
@@ -52,6 +54,23 @@ std::string ReadmeText(const std::filesystem::path& directory) {
 long EnvironmentNumber(const char* name) {
     const char* text = std::getenv(name);
     return text ? std::strtol(text, nullptr, 10) : 0;
+}
+
+// The program works in its data directory: a relative name is taken from where it started.
+std::filesystem::path EnvironmentPath(const char* name) {
+    const char* text = std::getenv(name);
+    if (!text) return {};
+    std::error_code error;
+    std::filesystem::path path = std::filesystem::absolute(text, error);
+    return error ? std::filesystem::path(text) : path;
+}
+
+void WriteWallClockTime(const std::filesystem::path& file) {
+    const auto now = std::chrono::system_clock::now().time_since_epoch();
+    const long long micro = std::chrono::duration_cast<std::chrono::microseconds>(now).count();
+    char text[32];
+    std::snprintf(text, sizeof text, "%lld.%06lld\n", micro / 1000000, micro % 1000000);
+    std::ofstream(file) << text;
 }
 
 // The current directory is switched before the program touches its files;
@@ -118,12 +137,8 @@ AppOptions AppOptionsFromEnvironment() {
     options.exitAfterFrames = EnvironmentNumber("SONDREL_EXIT_AFTER_FRAMES");
     options.faultAfterFrames = EnvironmentNumber("SONDREL_FAULT_AFTER_FRAMES");
     options.playOnStart = EnvironmentNumber("SONDREL_PLAY_ON_START") != 0;
-    // The program works in its data directory: a relative name is taken from where it started.
-    if (const char* screenshot = std::getenv("SONDREL_SCREENSHOT")) {
-        std::error_code error;
-        options.screenshot = std::filesystem::absolute(screenshot, error);
-        if (error) options.screenshot = screenshot;
-    }
+    options.screenshot = EnvironmentPath("SONDREL_SCREENSHOT");
+    options.firstFrameLog = EnvironmentPath("SONDREL_FIRST_FRAME_LOG");
     return options;
 }
 
@@ -269,6 +284,7 @@ void Application::TakeScreenshot() {
 
 void Application::FramePresented(bool insideRequester) {
     ++frames_;
+    if (frames_ == 1 && !options_.firstFrameLog.empty()) WriteWallClockTime(options_.firstFrameLog);
     if (frames_ == options_.faultAfterFrames) std::raise(SIGSEGV);
     // An unattended run's picture is the last frame shown, with any dialog still open on it.
     if (frames_ == options_.exitAfterFrames) TakeScreenshot();

@@ -69,6 +69,9 @@ struct AppOptions {
     long faultAfterFrames = 0;  // SONDREL_FAULT_AFTER_FRAMES: raise SIGSEGV in this frame
     bool playOnStart = false;   // SONDREL_PLAY_ON_START=1: play the song at once
     std::filesystem::path screenshot;  // SONDREL_SCREENSHOT: the last frame as PNG
+    // SONDREL_FIRST_FRAME_LOG: gets the wall-clock time the first frame was
+    // presented, in seconds since 1970 to the microsecond.
+    std::filesystem::path firstFrameLog{};
 };
 AppOptions AppOptionsFromEnvironment();
 

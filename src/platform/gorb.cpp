@@ -10,6 +10,7 @@
 
 #include "model/exception.h"
 #include "platform/gorb_keys.h"
+#include "platform/window_presenter.h"
 
 namespace sondrel {
 
@@ -17,16 +18,15 @@ namespace {
 
 // More events than this between two updates means nobody reads them.
 constexpr std::size_t kMaxQueuedEvents = 1024;
+constexpr int kFramesPerSecond = 60;
 
 struct GorbState {
     bool videoStarted = false;
     SDL_Window* window = nullptr;
-    SDL_Renderer* renderer = nullptr;
-    SDL_Texture* texture = nullptr;
+    std::unique_ptr<WindowPresenter> presenter;
     std::unique_ptr<Gorb_Surface> screen;
-    bool vsync = false;
-    uint64_t deadline = 0;       // when the current frame should end
-    uint64_t lastPresent = 0;
+    uint64_t deadline = 0;  // when the current frame should end
+    Gorb_PresentStats stats;
     std::deque<Gorb_Event> events;
     std::size_t awaitingText = SIZE_MAX;  // the key-down event the next text input belongs to
     int mouseX = 0;
@@ -113,55 +113,36 @@ void PushButton(int sdlButton, bool down) {
 
 void DestroyWindow() {
     auto& state = State();
-    if (state.texture) SDL_DestroyTexture(state.texture);
-    if (state.renderer) SDL_DestroyRenderer(state.renderer);
+    state.presenter.reset();
     if (state.window) SDL_DestroyWindow(state.window);
-    state.texture = nullptr;
-    state.renderer = nullptr;
     state.window = nullptr;
     state.screen.reset();
 }
 
-// Whether presenting really waits for the display: a renderer may promise
-// vertical sync on a display that has none (offscreen, a virtual server).
-bool PresentWaitsForSync() {
-    auto& state = State();
-    SDL_RendererInfo info;
-    if (SDL_GetRendererInfo(state.renderer, &info) != 0 || !(info.flags & SDL_RENDERER_PRESENTVSYNC)) return false;
-    SDL_DisplayMode mode;
-    int refresh = 60;
-    if (SDL_GetWindowDisplayMode(state.window, &mode) == 0 && mode.refresh_rate > 0) refresh = mode.refresh_rate;
-    constexpr int kTrials = 4;
-    const uint64_t start = SDL_GetPerformanceCounter();
-    for (int i = 0; i < kTrials; ++i) {
-        SDL_RenderClear(state.renderer);
-        SDL_RenderPresent(state.renderer);
-    }
-    const double seconds = static_cast<double>(SDL_GetPerformanceCounter() - start) / SDL_GetPerformanceFrequency();
-    return seconds / kTrials >= 0.6 / refresh;
-}
-
-// Sleeps until the current frame's deadline unless presenting already waited
-// for the display's vertical sync.
+// Sleeps until the current frame's deadline: presenting into the window's
+// pixels never waits for the display.
 void PaceFrame() {
     auto& state = State();
     const uint64_t frequency = SDL_GetPerformanceFrequency();
-    const uint64_t period = frequency / 60;
-    uint64_t now = SDL_GetPerformanceCounter();
-    // A window that is hidden or minimised presents at once even with vertical sync.
-    const bool synced = state.vsync && state.lastPresent && now - state.lastPresent >= period / 4;
-    if (synced) {
-        state.deadline = now;
-    } else {
-        state.deadline += period;
-        // Far behind (or the first frame): start counting afresh.
-        if (now > state.deadline + period) state.deadline = now;
-        if (now < state.deadline) {
-            SDL_Delay(static_cast<Uint32>((state.deadline - now) * 1000 / frequency));
-            now = SDL_GetPerformanceCounter();
-        }
+    const uint64_t period = frequency / kFramesPerSecond;
+    const uint64_t now = SDL_GetPerformanceCounter();
+    state.deadline += period;
+    // Far behind (or the first frame): start counting afresh.
+    if (now > state.deadline + period) state.deadline = now;
+    if (now < state.deadline) SDL_Delay(static_cast<Uint32>((state.deadline - now) * 1000 / frequency));
+}
+
+// The window's pixels are lost or stale after these: everything is sent again.
+bool WindowNeedsWholePicture(Uint8 windowEvent) {
+    switch (windowEvent) {
+        case SDL_WINDOWEVENT_SHOWN:
+        case SDL_WINDOWEVENT_EXPOSED:
+        case SDL_WINDOWEVENT_RESIZED:
+        case SDL_WINDOWEVENT_SIZE_CHANGED:
+        case SDL_WINDOWEVENT_MAXIMIZED:
+        case SDL_WINDOWEVENT_RESTORED: return true;
+        default: return false;
     }
-    state.lastPresent = now;
 }
 
 }  // namespace
@@ -313,6 +294,9 @@ int Gorb_Font::Height() const { return TTF_FontHeight(font_); }
 bool Gorb_Init() {
     auto& state = State();
     if (!state.videoStarted) {
+        // The window's own pixels are presented: no graphics context may be
+        // made behind our back to hold them.
+        SDL_SetHintWithPriority(SDL_HINT_FRAMEBUFFER_ACCELERATION, "0", SDL_HINT_OVERRIDE);
         if (SDL_InitSubSystem(SDL_INIT_VIDEO) != 0) {
             std::fprintf(stderr, "Sondrel: no display: %s\n", SDL_GetError());
             return false;
@@ -328,33 +312,26 @@ bool Gorb_SetVideoMode(int width, int height, bool fullscreen) {
     auto& state = State();
     if (!state.videoStarted) return false;
     const Uint32 fullscreenFlag = fullscreen ? SDL_WINDOW_FULLSCREEN_DESKTOP : 0;
-    if (state.window && state.screen && state.screen->Width() == width && state.screen->Height() == height)
+    if (state.window && state.screen && state.screen->Width() == width && state.screen->Height() == height) {
+        state.presenter->Invalidate();
         return SDL_SetWindowFullscreen(state.window, fullscreenFlag) == 0;
+    }
     DestroyWindow();
 
     state.window = SDL_CreateWindow("Sondrel", SDL_WINDOWPOS_CENTERED, SDL_WINDOWPOS_CENTERED, width, height,
                                     SDL_WINDOW_SHOWN | fullscreenFlag);
-    if (state.window) {
-        state.renderer = SDL_CreateRenderer(state.window, -1, SDL_RENDERER_PRESENTVSYNC);
-        if (!state.renderer) state.renderer = SDL_CreateRenderer(state.window, -1, 0);
-    }
-    if (state.renderer) {
-        state.texture = SDL_CreateTexture(state.renderer, SDL_PIXELFORMAT_RGB565, SDL_TEXTUREACCESS_STREAMING,
-                                          width, height);
-    }
     SDL_Surface* screen = SDL_CreateRGBSurfaceWithFormat(0, width, height, 16, SDL_PIXELFORMAT_RGB565);
-    if (!state.texture || !screen) {
+    // The window's pixels are made now, so that a display without them fails here.
+    if (!state.window || !screen || !SDL_GetWindowSurface(state.window)) {
         std::fprintf(stderr, "Sondrel: can't open the display: %s\n", SDL_GetError());
         if (screen) SDL_FreeSurface(screen);
         DestroyWindow();
         return false;
     }
+    state.presenter = std::make_unique<WindowPresenter>(state.window);
     state.screen = std::make_unique<Gorb_Surface>(screen);
     state.screen->Fill(0);
-    SDL_RenderSetLogicalSize(state.renderer, width, height);
-    state.vsync = PresentWaitsForSync();
     state.deadline = 0;
-    state.lastPresent = 0;
     SDL_StartTextInput();
     SDL_GetMouseState(&state.mouseX, &state.mouseY);
     return true;
@@ -373,6 +350,7 @@ void Gorb_Quit() {
     state.awaitingText = SIZE_MAX;
     state.buttons = 0;
     state.heldModifiers = state.takenModifiers = 0;
+    state.stats = {};
     if (TTF_WasInit()) TTF_Quit();
     IMG_Quit();
     if (state.videoStarted) {
@@ -391,6 +369,9 @@ void Gorb_UpdateInput() {
     while (SDL_PollEvent(&event)) {
         switch (event.type) {
             case SDL_QUIT: Push({.type = kGorbCloseRequest}); break;
+            case SDL_WINDOWEVENT:
+                if (state.presenter && WindowNeedsWholePicture(event.window.event)) state.presenter->Invalidate();
+                break;
             case SDL_KEYDOWN: PushKey(kGorbKeyDown, event.key); break;
             case SDL_KEYUP: PushKey(kGorbKeyUp, event.key); break;
             case SDL_TEXTINPUT: TakeText(event.text.text); break;
@@ -438,15 +419,17 @@ uint32_t Gorb_GetMouseState(int& x, int& y) {
 
 void Gorb_NextFrame() {
     auto& state = State();
-    if (state.texture && state.screen) {
-        SDL_Surface* screen = state.screen->Native();
-        SDL_UpdateTexture(state.texture, nullptr, screen->pixels, screen->pitch);
-        SDL_RenderClear(state.renderer);
-        SDL_RenderCopy(state.renderer, state.texture, nullptr, nullptr);
-        SDL_RenderPresent(state.renderer);
+    if (state.presenter && state.screen) {
+        ++state.stats.frames;
+        if (const int rows = state.presenter->Present(*state.screen->Native())) {
+            ++state.stats.presented;
+            state.stats.rows += rows;
+        }
     }
     PaceFrame();
 }
+
+Gorb_PresentStats Gorb_GetPresentStats() { return State().stats; }
 
 Gorb_Surface* Gorb_GetScreen() { return State().screen.get(); }
 

@@ -185,10 +185,18 @@ uint32_t Gorb_GetKeyModifiers();
 uint32_t Gorb_GetMouseState(int& x, int& y);
 
 // ---- Frames ----
-// Presents the screen surface and waits for the next frame: the display's
-// vertical sync where it has one, otherwise sleeping to 60 frames a second.
+// Presents what changed of the screen surface since the last frame, then
+// sleeps to the next frame's turn, 60 frames a second.
 void Gorb_NextFrame();
 Gorb_Surface* Gorb_GetScreen();
+
+// What presenting has cost so far; Gorb_Quit starts the count again.
+struct Gorb_PresentStats {
+    long frames = 0;     // frames with a window to present in
+    long presented = 0;  // frames that sent pixels to the display
+    long rows = 0;       // screen rows sent, over all frames
+};
+Gorb_PresentStats Gorb_GetPresentStats();
 
 // ---- Surfaces, textures, fonts ----
 // A blank RGB565 surface.

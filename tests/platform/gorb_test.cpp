@@ -117,11 +117,20 @@ TEST(GorbDisplay, WindowFramesAndInputEvents) {
     ASSERT_NE(screen, nullptr);
     EXPECT_EQ(screen->Width(), 800);
     EXPECT_EQ(screen->Height(), 600);
+    Gorb_UpdateInput();  // the window's own events on opening
 
-    // Frames are paced: ten of them take about a sixth of a second.
+    // Frames are paced: ten of them take about a sixth of a second. Only the
+    // first sends pixels, all of them; then the picture stays the same.
     const uint64_t start = SDL_GetTicks64();
     for (int frame = 0; frame < 10; ++frame) Gorb_NextFrame();
     EXPECT_GE(SDL_GetTicks64() - start, 140u);
+    Gorb_PresentStats stats = Gorb_GetPresentStats();
+    EXPECT_EQ(std::tuple(stats.frames, stats.presented, stats.rows), std::tuple(10, 1, 600));
+    // A change sends the rows it touched.
+    screen->FillRect({10, 300, 5, 2}, 0xFFFF);
+    Gorb_NextFrame();
+    stats = Gorb_GetPresentStats();
+    EXPECT_EQ(std::tuple(stats.presented, stats.rows), std::tuple(2, 602));
 
     // A typed key: its scan code with the character of the text that followed.
     auto push = [](Uint32 type, auto fill) {
@@ -142,6 +151,7 @@ TEST(GorbDisplay, WindowFramesAndInputEvents) {
         e.button.y = 40;
     });
     push(SDL_MOUSEWHEEL, [](SDL_Event& e) { e.wheel.y = -2; });
+    push(SDL_WINDOWEVENT, [](SDL_Event& e) { e.window.event = SDL_WINDOWEVENT_EXPOSED; });
     push(SDL_QUIT, [](SDL_Event&) {});
     Gorb_UpdateInput();
 
@@ -160,6 +170,9 @@ TEST(GorbDisplay, WindowFramesAndInputEvents) {
     ASSERT_TRUE(Gorb_GetEvent(got));
     EXPECT_EQ(got.type, kGorbCloseRequest);
     EXPECT_FALSE(Gorb_GetEvent(got));
+    // The exposed window gets the whole unchanged picture again.
+    Gorb_NextFrame();
+    EXPECT_EQ(Gorb_GetPresentStats().rows, 1202);
 
     // A Ctrl let go in the same frame still holds for the key pressed under it.
     push(SDL_KEYDOWN, [](SDL_Event& e) {
@@ -183,6 +196,24 @@ TEST(GorbDisplay, WindowFramesAndInputEvents) {
     shot->Convert();
     EXPECT_EQ(shot->Lock().Row(599)[799], 0x07E0);
     shot->Unlock();
+
+    // On the whole display the picture is stretched to fill it, corner to corner.
+    ASSERT_TRUE(Gorb_SetVideoMode(kScreenWidth, kScreenHeight, true));
+    screen->FillRect({799, 599, 1, 1}, screen->FindPixel(0xFFFF0000));
+    Gorb_NextFrame();
+    SDL_Surface* shown = SDL_GetWindowSurface(static_cast<SDL_Window*>(Gorb_GetWindowHandle()));
+    ASSERT_NE(shown, nullptr);
+    ASSERT_EQ(std::pair(shown->w, shown->h), std::pair(1024, 768));  // the dummy driver's display
+    ASSERT_EQ(shown->format->BytesPerPixel, 4);
+    // Which of red and green is lit, to the converter's rounding.
+    auto colour = [&](int x, int y) {
+        Uint8 r, g, b;
+        SDL_GetRGB(static_cast<Uint32*>(shown->pixels)[y * shown->pitch / 4 + x], shown->format, &r, &g, &b);
+        return std::tuple(r > 250, g > 250, b);
+    };
+    EXPECT_EQ(colour(1023, 767), std::tuple(true, false, 0));
+    EXPECT_EQ(colour(1021, 767), std::tuple(false, true, 0));
+    EXPECT_EQ(colour(0, 0), std::tuple(false, true, 0));
 
     Gorb_Quit();
     EXPECT_EQ(Gorb_GetScreen(), nullptr);
