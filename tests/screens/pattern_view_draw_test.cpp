@@ -1,5 +1,7 @@
 #include <gtest/gtest.h>
 
+#include <filesystem>
+
 #include <memory>
 #include <string>
 #include <vector>
@@ -232,7 +234,8 @@ TEST(PatternViewDrawTest, TactLinesAndDimmedNotes) {
         EXPECT_EQ(CountPixels(s, area, kDimmedInk) > 0, c.dimmed) << c.row;
         EXPECT_EQ(CountPixels(s, area, kNormalInk) > 0, !c.dimmed) << c.row;
     }
-    s.SavePng("pattern_view_grid.png");  // the drawn grid, to look at
+    // The drawn grid, to look at, in the temporary folder.
+    s.SavePng((std::filesystem::temp_directory_path() / "sondrel_pattern_view_grid.png").string());
 }
 
 TEST(PatternViewDrawTest, HeaderIsRepaintedOnlyOnAFullRequest) {

@@ -2,11 +2,16 @@
 
 #include <gtest/gtest.h>
 
+#include <filesystem>
+#include <functional>
 #include <string>
 
 #include "screens/dialog_fixture.h"
 #include "screens/dialogs/dialog_form.h"
+#include "screens/dialogs/import_dialogs.h"
 #include "screens/dialogs/info_dialogs.h"
+#include "screens/dialogs/instrument_editor.h"
+#include "screens/dialogs/midi_export_dialog.h"
 #include "screens/dialogs/value_formats.h"
 #include "screens/dialog_fixture.h"
 #include "ui/requesters/message_text.h"
@@ -179,6 +184,54 @@ TEST_F(ToolDialogTest, PreferencesAndModuleInformationShowWhatTheyAreGiven) {
         Press("Close");
     });
     ShowModuleInformation(requesters, {"song.sdrltk", "/music", 1, 2, 1, 12.5, 0});
+}
+
+}  // namespace
+}  // namespace sondrel
+
+namespace sondrel {
+namespace {
+
+// Every dialog opens inside the screen with nothing on top of anything else;
+// its picture goes to the temporary folder's sondrel_dialogs, to look at.
+TEST_F(ToolDialogTest, EveryDialogIsTidyAndItsPictureIsSaved) {
+    const std::filesystem::path pictures = std::filesystem::temp_directory_path() / "sondrel_dialogs";
+    std::filesystem::create_directories(pictures);
+    Module module;
+    module.NewModule({kDivider1x, kChipNtsc});
+    MidiExportTable table;
+    table.programNames.assign(128, "Program");
+    InstrumentEditor editor(requesters);
+    const std::function<void()> dialogs[] = {
+        [&] { RunPatternSettings(requesters, {}, true); },
+        [&] { RunPatternResize(requesters, 64); },
+        [&] { RunModuleSettings(requesters, {}, 1, true); },
+        [&] { RunChangeInstruments(requesters, module); },
+        [&] { RunCopyChannels(requesters, module); },
+        [&] { ShowModuleInformation(requesters, InformationOf(module)); },
+        [&] { ShowPatternOverview(requesters, module); },
+        [&] { ShowReadme(requesters, "Sondrel\n\nA readme."); },
+        [&] { ShowProgramInfo(requesters); },
+        [&] { RunPreferences(requesters, {}); },
+        [&] { editor.Run(module.instruments, 0, 3); },
+        [&] { AskBasicImport(requesters, {}); },
+        [&] { AskMidiImport(requesters, {}); },
+        [&] { AskModImport(requesters, {}); },
+        [&] { AskVgmImport(requesters, {}); },
+        [&] { EditMidiExportTable(requesters, table); },
+    };
+    for (const auto& open : dialogs) {
+        Then([&] {
+            ASSERT_NE(Dialog(), nullptr);
+            SCOPED_TRACE(Dialog()->Title());
+            ExpectTidy();
+            toolkit.Draw();
+            EXPECT_TRUE(screen->SavePng(pictures / (Dialog()->Title() + ".png")));
+            QueueKey(kKeyEscape);
+        });
+        open();
+        EXPECT_EQ(Dialog(), nullptr);
+    }
 }
 
 }  // namespace
