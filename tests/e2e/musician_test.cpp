@@ -106,6 +106,10 @@ protected:
         grid = widgets.grid->Rect();
         grid.x += widgets.mainWindow->Rect().x;
         grid.y += widgets.mainWindow->Rect().y;
+        for (const auto& widget : widgets.mainWindow->Widgets())
+            if (widget->Id() == kControlEditInstrument)
+                editButton = {widgets.mainWindow->Rect().x + widget->Rect().x + widget->Rect().w / 2,
+                              widgets.mainWindow->Rect().y + widget->Rect().y + widget->Rect().h / 2};
     }
 
     void TearDown() override { alarm(0); }
@@ -132,6 +136,10 @@ protected:
         return WaitUntil([&] { return x->WindowName(window) == title; }, kStepSeconds);
     }
 
+    bool ClickAt(unsigned long window, Point at) {
+        return x->Xdotool("mousemove --sync --window " + std::to_string(window) + " " + std::to_string(at.x) + " " +
+                          std::to_string(at.y) + " click 1");
+    }
     bool Keys(const std::string& keys) { return x->Xdotool("key --delay 40 " + keys); }
     bool Type(const std::string& text) { return x->Xdotool("type --delay 20 " + ShellQuoted(text)); }
 
@@ -208,6 +216,7 @@ protected:
     fs::path app = dir / "app";
     std::unique_ptr<e2e::XSession> x;
     Gorb_Rect grid{};
+    Point editButton{};
 };
 
 TEST_F(MusicianTest, TypesNotesUndoesRedoesPlaysSavesAndQuitsThroughTheMenu) {
@@ -305,6 +314,66 @@ TEST_F(MusicianTest, LoadsAModuleThroughTheFileRequesterAndAsksBeforeClosingWith
     EXPECT_EQ(test::ReadBytes(song), test::ReadBytes(test::SourceDir() / "data" / "demo.sdrltk"));
     // The loaded module joined the recent modules kept in the preferences.
     EXPECT_NE(TextOf(app / "sondrel.prefs").find(song.string()), std::string::npos);
+}
+
+TEST_F(MusicianTest, ImportsAModAnswersItsDialogPlaysSavesAndUndoesAnInstrumentEdit) {
+    const fs::path corpus = test::CorpusDir();
+    if (corpus.empty()) GTEST_SKIP() << "the shared corpus is not beside the sources";
+    const fs::path corpusMod = corpus / "mod" / "tecnoballz_high-score.mod";
+    const fs::path mod = dir / "high-score.mod";
+    fs::copy_file(corpusMod, mod);
+
+    auto program = Start("");
+    unsigned long window = 0;
+    ASSERT_NO_FATAL_FAILURE(WaitForMainScreen(window));
+    auto before = Settled(window);
+    ASSERT_TRUE(before);
+    ASSERT_TRUE(ChooseFileMenu(window, "Load module..."));
+    ASSERT_TRUE(RequesterOpens(window, *before)) << "no file requester";
+    ASSERT_TRUE(Type(mod.string()));
+    ASSERT_TRUE(Keys("Return"));
+    // The MOD's dialog comes over the requester; Return takes its "Okay".
+    before = Settled(window);
+    ASSERT_TRUE(before);
+    ASSERT_TRUE(Keys("Return"));
+    ASSERT_TRUE(Changes(window, *before, grid)) << "the MOD wasn't loaded";
+
+    before = Settled(window);
+    ASSERT_TRUE(before);
+    ASSERT_TRUE(Keys("ctrl+p"));
+    EXPECT_TRUE(Changes(window, *before, grid)) << "the song didn't start";
+    ASSERT_TRUE(Keys("ctrl+p"));
+
+    before = Settled(window);
+    ASSERT_TRUE(before);
+    ASSERT_TRUE(ChooseFileMenu(window, "Save module as..."));
+    ASSERT_TRUE(RequesterOpens(window, *before)) << "no file requester";
+    ASSERT_TRUE(Type((dir / "imported").string()));
+    ASSERT_TRUE(Keys("Return"));
+    const fs::path saved = dir / "imported.sdrltk";
+    ASSERT_TRUE(WaitUntil([&] { return fs::exists(saved) && fs::file_size(saved) > 0; }, kStepSeconds));
+    ASSERT_TRUE(TitleBecomes(window, kCleanTitle));
+
+    // The instrument editor: a new start volume, "Okay", and the change is
+    // one step of undo. The 520 x 496 editor stands in the middle of the
+    // screen with its start volume field and its "Okay" where given here.
+    before = Settled(window);
+    ASSERT_TRUE(before);
+    ASSERT_TRUE(ClickAt(window, editButton));
+    ASSERT_TRUE(RequesterOpens(window, *before)) << "no instrument editor";
+    ASSERT_TRUE(ClickAt(window, {275, 348}));
+    ASSERT_TRUE(Keys("End BackSpace BackSpace BackSpace BackSpace BackSpace BackSpace 8"));
+    ASSERT_TRUE(ClickAt(window, {516, 525}));
+    ASSERT_TRUE(TitleBecomes(window, kChangedTitle)) << "the instrument edit changed nothing";
+    ASSERT_TRUE(Keys("ctrl+y"));
+    ASSERT_TRUE(TitleBecomes(window, kCleanTitle)) << "undo didn't take the edit back";
+
+    ASSERT_TRUE(ChooseFileMenu(window, "Quit..."));
+    ASSERT_EQ(program->Wait(kStepSeconds), 0) << Log();
+    ImportOptionsProvider options;
+    const auto module = LoadNewModule(saved.string(), options);
+    ASSERT_TRUE(module);
+    EXPECT_GT(module->patternListLength, 1);
 }
 
 }  // namespace
