@@ -140,6 +140,15 @@ protected:
         return x->Xdotool("mousemove --sync --window " + std::to_string(window) + " " + std::to_string(at.x) + " " +
                           std::to_string(at.y) + " click 1");
     }
+    // File > "Load module..." and the file's path typed into the requester.
+    void LoadThroughRequester(unsigned long window, const fs::path& file) {
+        const auto before = Settled(window);
+        ASSERT_TRUE(before);
+        ASSERT_TRUE(ChooseFileMenu(window, "Load module..."));
+        ASSERT_TRUE(RequesterOpens(window, *before)) << "no file requester";
+        ASSERT_TRUE(Type(file.string()));
+        ASSERT_TRUE(Keys("Return"));
+    }
     bool Keys(const std::string& keys) { return x->Xdotool("key --delay 40 " + keys); }
     bool Type(const std::string& text) { return x->Xdotool("type --delay 20 " + ShellQuoted(text)); }
 
@@ -286,12 +295,8 @@ TEST_F(MusicianTest, LoadsAModuleThroughTheFileRequesterAndAsksBeforeClosingWith
     auto program = Start("");
     unsigned long window = 0;
     ASSERT_NO_FATAL_FAILURE(WaitForMainScreen(window));
+    ASSERT_NO_FATAL_FAILURE(LoadThroughRequester(window, song));
     auto before = Settled(window);
-    ASSERT_TRUE(before);
-    ASSERT_TRUE(ChooseFileMenu(window, "Load module..."));
-    ASSERT_TRUE(RequesterOpens(window, *before)) << "no file requester";
-    ASSERT_TRUE(Type(song.string()));
-    ASSERT_TRUE(Keys("Return"));
     // The grid shows the module as it does when the program starts on it.
     EXPECT_TRUE(WaitUntil(
         [&] {
@@ -326,12 +331,8 @@ TEST_F(MusicianTest, ImportsAModAnswersItsDialogPlaysSavesAndUndoesAnInstrumentE
     auto program = Start("");
     unsigned long window = 0;
     ASSERT_NO_FATAL_FAILURE(WaitForMainScreen(window));
+    ASSERT_NO_FATAL_FAILURE(LoadThroughRequester(window, mod));
     auto before = Settled(window);
-    ASSERT_TRUE(before);
-    ASSERT_TRUE(ChooseFileMenu(window, "Load module..."));
-    ASSERT_TRUE(RequesterOpens(window, *before)) << "no file requester";
-    ASSERT_TRUE(Type(mod.string()));
-    ASSERT_TRUE(Keys("Return"));
     // The MOD's dialog comes over the requester; Return takes its "Okay".
     before = Settled(window);
     ASSERT_TRUE(before);
