@@ -378,7 +378,10 @@ void CommandDispatcher::PatternPlay() {
 
 void CommandDispatcher::Stop() {
     std::lock_guard<AudioMutex> lock(ctx_.audioMutex);
+    const bool wasPlaying = ctx_.song.Playing();
     ctx_.song.Stop();
+    // The view stays where the song stopped and lets go of the play marker.
+    if (wasPlaying) ctx_.view.RestoreFromPlayer(ctx_.song);
     ctx_.view.Invalidate(kRedrawAll);
 }
 

@@ -201,7 +201,10 @@ TEST_F(DispatcherTest, MenusShowWhatCanActAndTheOptions) {
     EXPECT_TRUE(MenuItem(kMenuUndo).enabled);
     dispatcher.Handle({kEntryValue, kControlPlay, 0});
     EXPECT_FALSE(MenuItem(kMenuUndo).enabled);
+    view.RestoreFromPlayer(song);  // the frame loop follows the song
+    ASSERT_TRUE(view.State().followPlay);
     dispatcher.Handle({kEntryValue, kControlStop, 0});
+    EXPECT_FALSE(view.State().followPlay) << "the play marker stays after stopping";
     Menu(kMenuUndo);
     EXPECT_FALSE(MenuItem(kMenuUndo).enabled);
     EXPECT_TRUE(MenuItem(kMenuRedo).enabled);
