@@ -7,7 +7,7 @@
 #include <memory>
 #include <string>
 
-#include "app/midi_in.h"
+#include "app/midi/midi_in.h"
 #include "platform/gorb.h"
 #include "platform/system.h"
 #include "sound/sound_buffer.h"

@@ -14,9 +14,9 @@
 #include "app/preferences.h"
 #include "edit/command_dispatcher.h"
 #include "model/module.h"
-#include "screens/pattern_font.h"
-#include "screens/pattern_view_drawer.h"
-#include "screens/pattern_view_widgets.h"
+#include "screens/pattern_view/pattern_font.h"
+#include "screens/pattern_view/pattern_view_drawer.h"
+#include "screens/pattern_view/pattern_view_widgets.h"
 #include "sound/audio_mutex.h"
 #include "ui/requesters/requester_host.h"
 

@@ -5,12 +5,12 @@
 #include <mutex>
 #include <system_error>
 
-#include "edit/block_operations.h"
-#include "edit/list_tools.h"
+#include "edit/tools/block_operations.h"
+#include "edit/tools/list_tools.h"
 #include "edit/main_menu.h"
-#include "edit/note_keys.h"
-#include "edit/pattern_editing.h"
-#include "edit/pattern_tools.h"
+#include "edit/keys/note_keys.h"
+#include "edit/keys/pattern_editing.h"
+#include "edit/tools/pattern_tools.h"
 #include "files/export/export_command.h"
 #include "files/module_file.h"
 #include "model/exception.h"

@@ -11,8 +11,8 @@
 #include <vector>
 
 #include "edit/editor_context.h"
-#include "edit/pattern_clipboard.h"
-#include "edit/tool_dialogs.h"
+#include "edit/tools/pattern_clipboard.h"
+#include "edit/tools/tool_dialogs.h"
 #include "files/export/midi_export.h"
 #include "files/import/importers.h"
 #include "ui/command_queue.h"

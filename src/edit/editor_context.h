@@ -7,10 +7,10 @@
 
 #include <string>
 
-#include "edit/undo_history.h"
-#include "edit/undo_view.h"
+#include "edit/undo/undo_history.h"
+#include "edit/undo/undo_view.h"
 #include "model/module.h"
-#include "screens/pattern_view.h"
+#include "screens/pattern_view/pattern_view.h"
 #include "sound/audio_mutex.h"
 
 namespace sondrel {

@@ -6,8 +6,8 @@
 
 #include <cstdint>
 
-#include "screens/pattern_view_drawer.h"  // the grid's size
-#include "screens/pattern_view_widgets.h"
+#include "screens/pattern_view/pattern_view_drawer.h"  // the grid's size
+#include "screens/pattern_view/pattern_view_widgets.h"
 
 namespace sondrel {
 

@@ -22,7 +22,7 @@
 #include "model/notes.h"
 #include "platform/gorb.h"
 #include "screens/main_screen.h"
-#include "screens/pattern_rows.h"
+#include "screens/pattern_view/pattern_rows.h"
 #include "test_support.h"
 #include "ui/menu_bar.h"
 #include "ui/toolkit_fixture.h"

@@ -1,13 +1,13 @@
 #include "edit/command_dispatcher.h"
-#include "screens/pattern_rows.h"
-#include "screens/pattern_view_drawer.h"
+#include "screens/pattern_view/pattern_rows.h"
+#include "screens/pattern_view/pattern_view_drawer.h"
 
 #include <gtest/gtest.h>
 
 #include <filesystem>
 
 #include "edit/main_menu.h"
-#include "edit/note_keys.h"
+#include "edit/keys/note_keys.h"
 #include "edit/tool_test_support.h"
 #include "files/export/export_command.h"
 #include "screens/main_screen.h"

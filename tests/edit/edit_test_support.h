@@ -13,7 +13,7 @@
 #include <vector>
 
 #include "edit/editor_context.h"
-#include "edit/tool_dialogs.h"
+#include "edit/tools/tool_dialogs.h"
 #include "files/module_file.h"
 #include "sound/song_player.h"
 #include "test_support.h"

@@ -21,12 +21,12 @@
 #include <string>
 #include <vector>
 
-#include "edit/block_operations.h"
-#include "edit/list_tools.h"
-#include "edit/note_keys.h"
-#include "edit/pattern_clipboard.h"
-#include "edit/pattern_editing.h"
-#include "edit/pattern_tools.h"
+#include "edit/tools/block_operations.h"
+#include "edit/tools/list_tools.h"
+#include "edit/keys/note_keys.h"
+#include "edit/tools/pattern_clipboard.h"
+#include "edit/keys/pattern_editing.h"
+#include "edit/tools/pattern_tools.h"
 #include "edit/tool_test_support.h"
 
 namespace sondrel {

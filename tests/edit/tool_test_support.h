@@ -7,7 +7,7 @@
 #include <vector>
 
 #include "edit/edit_test_support.h"
-#include "edit/tool_dialogs.h"
+#include "edit/tools/tool_dialogs.h"
 
 namespace sondrel::test {
 
