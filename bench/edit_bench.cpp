@@ -10,8 +10,8 @@
 #include <string>
 
 #include "edit/editor_context.h"
-#include "edit/note_keys.h"
-#include "edit/pattern_editing.h"
+#include "edit/keys/note_keys.h"
+#include "edit/keys/pattern_editing.h"
 #include "sound/song_player.h"
 
 namespace sondrel {
