@@ -14,29 +14,12 @@
 
 #include "test_support.h"
 #include "ui/entry_kinds.h"
+#include "ui/queued_input.h"
 #include "ui/skin/skin_library.h"
 #include "ui/toolkit.h"
 #include "ui/widgets/text_edit.h"
 
 namespace sondrel {
-
-class QueuedInput : public InputSource {
-public:
-    bool NextEvent(Gorb_Event& event) override {
-        if (events.empty()) return false;
-        event = events.front();
-        events.pop_front();
-        return true;
-    }
-    uint32_t Modifiers() override { return modifiers; }
-    uint32_t MouseState(int& x, int& y) override {
-        x = 0;
-        y = 0;
-        return 0;
-    }
-    std::deque<Gorb_Event> events;
-    uint32_t modifiers = 0;
-};
 
 class FakeClipboard : public Clipboard {
 public:
