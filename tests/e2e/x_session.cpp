@@ -160,6 +160,45 @@ bool XSession::CloseWindow(unsigned long window) {
     return sent;
 }
 
+bool XSession::Answers(unsigned long window, double seconds) {
+    Display* display = XOpenDisplay(nullptr);
+    if (display == nullptr) return false;
+    XSetErrorHandler(IgnoreXError);
+    // The answer comes back to the root window, as to a window manager.
+    const Window root = DefaultRootWindow(display);
+    XSelectInput(display, root, SubstructureNotifyMask);
+    const Atom protocols = XInternAtom(display, "WM_PROTOCOLS", False);
+    const Atom ping = XInternAtom(display, "_NET_WM_PING", False);
+    static long pings = 0;
+    const long stamp = ++pings;
+    XEvent event{};
+    event.xclient.type = ClientMessage;
+    event.xclient.window = window;
+    event.xclient.message_type = protocols;
+    event.xclient.format = 32;
+    event.xclient.data.l[0] = static_cast<long>(ping);
+    event.xclient.data.l[1] = stamp;
+    event.xclient.data.l[2] = static_cast<long>(window);
+    bool answered = false;
+    if (XSendEvent(display, window, False, NoEventMask, &event) != 0) {
+        XFlush(display);
+        answered = WaitUntil(
+            [&] {
+                while (XPending(display) > 0) {
+                    XEvent reply;
+                    XNextEvent(display, &reply);
+                    if (reply.type == ClientMessage && reply.xclient.message_type == protocols &&
+                        reply.xclient.data.l[0] == static_cast<long>(ping) && reply.xclient.data.l[1] == stamp)
+                        return true;
+                }
+                return false;
+            },
+            seconds);
+    }
+    XCloseDisplay(display);
+    return answered;
+}
+
 std::optional<WindowPicture> XSession::Capture(unsigned long window) {
     Display* display = XOpenDisplay(nullptr);
     if (display == nullptr) return std::nullopt;

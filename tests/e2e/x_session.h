@@ -30,6 +30,8 @@ public:
     // was killed by a signal); nullopt while it still runs.
     std::optional<int> Wait(double seconds);
     void CloseStdin();
+    // The shell's process id, which is also the process group's.
+    pid_t Pid() const { return pid_; }
 
 private:
     pid_t pid_ = -1;
@@ -70,6 +72,10 @@ public:
     std::string WindowName(unsigned long window);
     // Asks the window to close, as a window manager does for a click on its close box.
     bool CloseWindow(unsigned long window);
+    // Whether the program behind the window still handles its events: it
+    // answers a ping (_NET_WM_PING, as window managers send to tell a hung
+    // program) within `seconds`.
+    bool Answers(unsigned long window, double seconds);
     // The window's contents; nullopt when it can't be read (it has gone).
     std::optional<WindowPicture> Capture(unsigned long window);
 
