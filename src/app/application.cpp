@@ -353,7 +353,7 @@ void Application::ModuleFileUsed(const std::string& path) {
     std::error_code error;
     const std::filesystem::path absolute = std::filesystem::absolute(path, error);
     if (!RecordRecentModule(prefs_, error ? std::filesystem::path(path) : absolute) || !menuBar_) return;
-    menuBar_->Titles() = MainMenuTitles({prefs_.lastModules.begin(), prefs_.lastModules.end()});
+    menuBar_->SetTitles(MainMenuTitles({prefs_.lastModules.begin(), prefs_.lastModules.end()}));
     if (dispatcher_) dispatcher_->RefreshMenus();
 }
 
