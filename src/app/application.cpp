@@ -113,8 +113,22 @@ std::string CrashFileName(const UtcTime& time) {
     return name;
 }
 
-std::string CrashMessage(const std::string& fileName) {
-    return std::string(kProgramTitle) + " has crashed.\nThe current module is saved as " + fileName;
+std::filesystem::path CrashFilePath(const std::filesystem::path& folder, const std::string& name) {
+    std::filesystem::path path = folder / name;
+    std::error_code error;
+    for (int counter = 2; std::filesystem::exists(std::filesystem::symlink_status(path, error)); ++counter)
+        path = folder / (name + std::to_string(counter));
+    return path;
+}
+
+std::string CrashMessage(const std::filesystem::path& saved) {
+    return std::string(kProgramTitle) + " has crashed.\nThe current module is saved as " + saved.filename().string() +
+           "\nin the folder " + saved.parent_path().string() + ".";
+}
+
+std::string CrashSaveFailedMessage(const std::filesystem::path& tried, const std::string& reason) {
+    return std::string(kProgramTitle) + " has crashed.\nThe current module could not be saved as " + tried.string() +
+           ":\n" + reason;
 }
 
 PlayerFeedback TakePlayerFeedback(SongPlayer& song, AudioMutex& audioMutex) {
@@ -170,6 +184,7 @@ int Application::Run(const std::string& commandLine) {
     const std::vector<std::string> arguments = SplitCommandLine(commandLine);
     if (!arguments.empty()) programName_ = ProgramNameFromPath(arguments[0]);
     if (!StartUp()) return 1;
+    bool crashed = false;
 
     try {
         RunTranslatingFaults([&] {
@@ -183,10 +198,11 @@ int Application::Run(const std::string& commandLine) {
         });
     } catch (const std::exception& error) {
         SaveCrashModule(error);
+        crashed = true;
     }
     if (!screenshotTaken_) TakeScreenshot();
     ShutDown();
-    return 0;
+    return crashed ? kExitAfterCrash : 0;
 }
 
 bool Application::StartUp() {
@@ -322,8 +338,8 @@ bool Application::LoadModule(const std::string& path) {
     std::unique_ptr<Module> fresh;
     try {
         fresh = LoadNewModule(path, *importOptions_);
-    } catch (const Exception&) {
-        platform_.ShowMessage(kCouldNotLoadModule);
+    } catch (const Exception& error) {
+        platform_.ShowMessage(WithReason(kCouldNotLoadModule, error));
         return false;
     }
     if (!fresh) return false;
@@ -353,7 +369,7 @@ void Application::ModuleFileUsed(const std::string& path) {
     std::error_code error;
     const std::filesystem::path absolute = std::filesystem::absolute(path, error);
     if (!RecordRecentModule(prefs_, error ? std::filesystem::path(path) : absolute) || !menuBar_) return;
-    menuBar_->Titles() = MainMenuTitles({prefs_.lastModules.begin(), prefs_.lastModules.end()});
+    menuBar_->SetTitles(MainMenuTitles({prefs_.lastModules.begin(), prefs_.lastModules.end()}));
     if (dispatcher_) dispatcher_->RefreshMenus();
 }
 
@@ -420,16 +436,21 @@ void Application::SaveCrashModule(const std::exception& error) {
     if (audioMutex_ && audioMutex_->HeldByThisThread()) audioMutex_->unlock();
     std::fprintf(stderr, "%s: %s\n", kProgramTitle, error.what());
 
-    const std::string name = CrashFileName(platform_.CurrentTime());
-    platform_.ShowMessage(CrashMessage(name));
     ChangeDirectory(paths_.dataDirectory);
+    const std::filesystem::path path =
+        CrashFilePath(paths_.preferencesDirectory, CrashFileName(platform_.CurrentTime()));
+    // Saved first: the message tells what really happened, and the file is
+    // there even if nobody answers the message.
+    std::string message;
     try {
         // The crash save must not be refused for a text the file can't hold.
         MakeModuleTextsStorable(*module_);
-        SaveModule(*module_, (paths_.preferencesDirectory / name).string());
-    } catch (const Exception& failure) {
-        std::fprintf(stderr, "%s: %s\n", kProgramTitle, failure.what());
+        SaveModule(*module_, path.string());
+        message = CrashMessage(path);
+    } catch (const std::exception& failure) {
+        message = CrashSaveFailedMessage(path, UserReason(failure));
     }
+    platform_.ShowMessage(message);
 }
 
 void Application::ShutDown() {

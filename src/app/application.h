@@ -49,7 +49,16 @@ inline constexpr char kErrorWhileQuitting[] =
 // "crash(2007.3.4 5.6.7).sdrltk." for 2007-03-04 05:06:07: no leading zeros,
 // and the full stop after the extension belongs to the name.
 std::string CrashFileName(const UtcTime& time);
-std::string CrashMessage(const std::string& fileName);
+// Where the crash save goes in folder: the name, or when a file of that name
+// is there already (a second fault in the same second), the name followed by
+// 2, 3 and so on.
+std::filesystem::path CrashFilePath(const std::filesystem::path& folder, const std::string& name);
+// What the user is told after the crash save, with the folder it went to.
+std::string CrashMessage(const std::filesystem::path& saved);
+std::string CrashSaveFailedMessage(const std::filesystem::path& tried, const std::string& reason);
+
+// Run's exit status after a fault or an exception that ended the loop.
+constexpr int kExitAfterCrash = 3;
 
 // Pattern view redraw requests that follow the player.
 constexpr uint32_t kRedrawFollowPlayer = 27;

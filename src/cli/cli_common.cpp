@@ -129,7 +129,7 @@ std::unique_ptr<Module> Load(const std::string& path, ImportOptionsProvider& opt
     try {
         module = LoadNewModule(path, options, kind);
     } catch (const Exception& e) {
-        throw Failure{kCouldNotLoadModule, e.what()};
+        throw Failure{kCouldNotLoadModule, UserReason(e)};
     }
     if (!module) throw Failure{kCouldNotLoadModule, "the import was cancelled"};
     return module;

@@ -21,7 +21,7 @@ int Convert(const std::vector<std::string>& argv) {
     try {
         SaveModule(*module, args.Positional()[1]);
     } catch (const Exception& e) {
-        throw Failure{kCouldNotSaveModule, e.what()};
+        throw Failure{kCouldNotSaveModule, UserReason(e)};
     }
     std::printf("Saved %s\n", args.Positional()[1].c_str());
     return kExitOk;

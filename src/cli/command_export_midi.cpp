@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "cli/cli_common.h"
+#include "files/export/export_command.h"
 #include "files/general_midi.h"
 #include "files/export/midi_export.h"
 #include "model/exception.h"
@@ -51,7 +52,7 @@ int ExportMidiCommand(const std::vector<std::string>& argv) {
     try {
         WriteMidiFile(options, *module, args.Positional()[1]);
     } catch (const Exception& e) {
-        throw Failure{"Couldn't write the MIDI file.", e.what()};
+        throw Failure{kCouldNotWriteMidi, UserReason(e)};
     }
     std::printf("Wrote %s\n", args.Positional()[1].c_str());
     return kExitOk;

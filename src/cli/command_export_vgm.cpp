@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "cli/cli_common.h"
+#include "files/export/export_command.h"
 #include "files/export/vgm_export.h"
 #include "model/exception.h"
 #include "sound/song_time.h"
@@ -20,7 +21,7 @@ int ExportVgmCommand(const std::vector<std::string>& argv) {
     try {
         ExportVgm(*module, args.Positional()[1]);
     } catch (const Exception& e) {
-        throw Failure{"Couldn't write the VGM file.", e.what()};
+        throw Failure{kCouldNotWriteVgm, UserReason(e)};
     }
     const SongTime time = CalculateSongTime(*module, 0, 0);
     std::printf("Wrote %s: %s, %llu frames\n", args.Positional()[1].c_str(), FormatSongTime(time.totalSeconds).c_str(),

@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "cli/cli_common.h"
+#include "files/export/export_command.h"
 #include "files/export/song_render.h"
 #include "model/exception.h"
 #include "sound/song_time.h"
@@ -43,7 +44,7 @@ int Render(const std::vector<std::string>& argv) {
     try {
         result = RenderSongToWav(*module, args.Positional()[1], options, progress);
     } catch (const Exception& e) {
-        throw Failure{"Couldn't write the WAV file.", e.what()};
+        throw Failure{kCouldNotWriteWav, UserReason(e)};
     }
     std::printf("Wrote %s: %s, %d loop%s\n", args.Positional()[1].c_str(), FormatSongTime(result.seconds).c_str(),
                 result.wraps, result.wraps == 1 ? "" : "s");

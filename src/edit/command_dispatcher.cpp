@@ -302,8 +302,8 @@ bool CommandDispatcher::LoadFile(const std::string& path) {
     std::unique_ptr<Module> fresh;
     try {
         fresh = LoadNewModule(path, host_.ImportOptions());
-    } catch (const Exception&) {
-        ctx_.prompts.ShowMessage(kCouldNotLoadModule);
+    } catch (const Exception& error) {
+        ctx_.prompts.ShowMessage(WithReason(kCouldNotLoadModule, error));
         return false;
     }
     if (!fresh) return false;
@@ -317,7 +317,8 @@ bool CommandDispatcher::SaveModule() {
     if (module.fileName.empty()) return SaveModuleAs();
     std::error_code error;
     if (!module.directory.empty() && !std::filesystem::is_directory(module.directory, error)) {
-        ctx_.prompts.ShowMessage(kCouldNotSaveModule);
+        ctx_.prompts.ShowMessage(std::string(kCouldNotSaveModule) + "\nThe folder " + module.directory +
+                                 " is gone; choose another with \"Save module as...\".");
         return false;
     }
     return SaveTo(RecordedPath(module));
@@ -331,8 +332,8 @@ bool CommandDispatcher::SaveModuleAs() {
 bool CommandDispatcher::SaveTo(const std::string& path) {
     try {
         sondrel::SaveModule(ctx_.module, path);
-    } catch (const Exception&) {
-        ctx_.prompts.ShowMessage(kCouldNotSaveModule);
+    } catch (const Exception& error) {
+        ctx_.prompts.ShowMessage(WithReason(kCouldNotSaveModule, error));
         return false;
     }
     ctx_.undo.MarkSaved();
@@ -345,7 +346,8 @@ void CommandDispatcher::Export(int kind) {
     try {
         RunExportCommand(kind, ctx_.module, midiOptions_, *exporter_);
     } catch (const Exception& error) {
-        ctx_.prompts.ShowMessage(error.Message());
+        const char* failed = kind == kExportMidi ? kCouldNotWriteMidi : kCouldNotWriteVgm;
+        ctx_.prompts.ShowMessage(WithReason(failed, error));
     }
 }
 

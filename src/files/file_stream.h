@@ -17,6 +17,13 @@ inline UniqueFile OpenFile(const std::string& path, const char* mode) {
     return UniqueFile(std::fopen(path.c_str(), mode));
 }
 
+// Opens a file the user named, for binary reading. Only a regular file is
+// opened: a folder, a named pipe or a device is refused before anything is
+// read from it, so nothing waits on a pipe that never delivers. Throws
+// FileIOException with the reason as the user reads it ("No such file or
+// directory", "Permission denied", "It is a folder, not a file").
+UniqueFile OpenRegularFile(const std::string& path);
+
 // The stream's length in bytes; the position is left where it was.
 inline long StreamLength(FILE* file) {
     long here = std::ftell(file);

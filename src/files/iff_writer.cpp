@@ -1,8 +1,10 @@
 #include "files/iff_writer.h"
 
 #include <algorithm>
+#include <cerrno>
 
 #include "files/file_stream.h"
+#include "files/safe_file_writer.h"
 #include "model/exception.h"
 
 namespace sondrel {
@@ -13,6 +15,13 @@ constexpr size_t kInitialBlockRoom = 512;
 
 void StoreLittleEndian32(uint8_t* out, uint32_t value) {
     for (int i = 0; i < 4; ++i) out[i] = static_cast<uint8_t>(value >> (8 * i));
+}
+
+// The failure, and on a second line the reason the stream gave.
+[[noreturn]] void ThrowWriteFailure(const char* what = "IFFWriter::WriteData(): Can't write data") {
+    std::string message = what;
+    if (errno != 0) message += "\n" + SystemErrorText(errno);
+    throw FileIOException(message);
 }
 
 }  // namespace
@@ -48,15 +57,13 @@ void IFFWriter::Advanced() { length_ = std::max(length_, static_cast<int32_t>(po
 
 void IFFWriter::Align() {
     if (!(position_ & 1)) return;
-    std::fputc(0, file_);
-    ++position_;
-    Advanced();
+    const uint8_t zero = 0;
+    WriteData(&zero, 1);
 }
 
 void IFFWriter::WriteData(const void* buffer, uint32_t count) {
-    if (std::fwrite(buffer, 1, count, file_) < count) {
-        throw FileIOException("IFFWriter::WriteData(): Can't write data");
-    }
+    errno = 0;
+    if (count > 0 && std::fwrite(buffer, 1, count, file_) < count) ThrowWriteFailure();
     position_ += count;
     Advanced();
 }
@@ -64,13 +71,12 @@ void IFFWriter::WriteData(const void* buffer, uint32_t count) {
 void IFFWriter::WriteString(std::string_view text) {
     auto length = static_cast<uint16_t>(text.size());
     uint8_t prefix[2] = {static_cast<uint8_t>(length & 0xFF), static_cast<uint8_t>(length >> 8)};
-    size_t prefixSize = text.size() < 128 ? 1 : 2;
-    std::fwrite(prefix, 1, prefixSize, file_);
-    position_ += static_cast<uint32_t>(prefixSize);
-    if (std::fwrite(text.data(), 1, text.size(), file_) < text.size()) {
-        throw FileIOException("IFFWriter::WriteData(): Can't write string data");
-    }
-    position_ += static_cast<uint32_t>(text.size());
+    const size_t prefixSize = text.size() < 128 ? 1 : 2;
+    errno = 0;
+    if (std::fwrite(prefix, 1, prefixSize, file_) != prefixSize ||
+        std::fwrite(text.data(), 1, text.size(), file_) != text.size())
+        ThrowWriteFailure("IFFWriter::WriteData(): Can't write string data");
+    position_ += static_cast<uint32_t>(prefixSize + text.size());
     Advanced();
 }
 
@@ -104,9 +110,11 @@ void IFFWriter::EndBlock() {
     if (end != 0) return;
     uint8_t size[4];
     StoreLittleEndian32(size, position_ - start - 8);
-    std::fseek(file_, static_cast<long>(start + 4), SEEK_SET);
-    std::fwrite(size, 1, sizeof size, file_);
-    std::fseek(file_, static_cast<long>(position_), SEEK_SET);
+    errno = 0;
+    if (std::fseek(file_, static_cast<long>(start + 4), SEEK_SET) != 0 ||
+        std::fwrite(size, 1, sizeof size, file_) != sizeof size ||
+        std::fseek(file_, static_cast<long>(position_), SEEK_SET) != 0)
+        ThrowWriteFailure();
 }
 
 }  // namespace sondrel

@@ -8,6 +8,7 @@
 #include "files/file_stream.h"
 #include "files/iff_parser.h"
 #include "files/iff_writer.h"
+#include "files/safe_file_writer.h"
 #include "model/exception.h"
 #include "model/notes.h"
 #include "model/storable_text.h"
@@ -300,18 +301,17 @@ void SaveModule(Module& module, const std::string& path) {
         const std::string reason = WhyStringWontReadBack(text);
         if (!reason.empty()) throw Exception("SaveModule(): Can't store the " + field + ": " + reason);
     });
-    UniqueFile file = OpenFile(path, "wb");
-    if (!file) throw FileIOException("SaveModule(): Can't open file");
-    if (std::fwrite(kModuleMagic, 1, 8, file.get()) != 8) throw FileIOException("SaveModule(): Can't write");
+    SafeFileWriter file(path);
+    file.Write(kModuleMagic, 8);
     IFFWriter writer;
-    writer.Attach(file.get());
+    writer.Attach(file.Stream());
     WriteHead(writer, module);
     WriteInfo(writer, module);
     WriteInstruments(writer, module);
     WritePatternHeaders(writer, module);
     WritePatternLines(writer, module);
     writer.Close();
-    if (std::fclose(file.release()) != 0) throw FileIOException("SaveModule(): Can't close file");
+    file.Commit();
     SplitPath(path, module.directory, module.fileName);
 }
 
@@ -361,9 +361,7 @@ FileKind DetectFileKind(FILE* file, const std::string& path) {
 }
 
 FileKind DetectFileKind(const std::string& path) {
-    UniqueFile file = OpenFile(path, "rb");
-    if (!file) throw FileIOException("DetectFileKind(): Can't open file");
-    return DetectFileKind(file.get(), path);
+    return DetectFileKind(OpenRegularFile(path).get(), path);
 }
 
 namespace {
@@ -412,8 +410,7 @@ std::unique_ptr<Module> LoadOpenFile(UniqueFile file, const std::string& path, F
 // Opens the file and loads it as the kind given or, with detect, as the kind its content says.
 std::unique_ptr<Module> OpenAndLoad(const std::string& path, FileKind kind, bool detect,
                                     ImportOptionsProvider& options) {
-    UniqueFile file = OpenFile(path, "rb");
-    if (!file) throw FileIOException("LoadAnyFile(): Can't open file");
+    UniqueFile file = OpenRegularFile(path);
     if (detect) kind = DetectFileKind(file.get(), path);
     return LoadOpenFile(std::move(file), path, kind, options);
 }

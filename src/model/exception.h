@@ -38,4 +38,11 @@ public:
     using Exception::Exception;
 };
 
+// A failure's message as the user reads it under "Couldn't load module." and
+// the like: the name of the operation that failed ("DetectFileKind(): ") is
+// left out of each line, the rest stands.
+std::string UserReason(const std::exception& error);
+// message, then on the next line the failure's UserReason.
+std::string WithReason(const std::string& message, const std::exception& error);
+
 }  // namespace sondrel

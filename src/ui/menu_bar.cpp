@@ -53,12 +53,34 @@ Gorb_Rect DropDownMenuBar::TitleRect(int title) const {
     return {x, 0, TextWidth(titles_[static_cast<size_t>(title)].text) + kTitleSpacing, kBarHeight};
 }
 
+const std::vector<MenuEntry>& DropDownMenuBar::EntriesOf(int level) const {
+    static const std::vector<MenuEntry> kNone;
+    if (openTitle_ < 0 || openTitle_ >= static_cast<int>(titles_.size()) || level < 0 ||
+        level >= static_cast<int>(open_.size()))
+        return kNone;
+    const std::vector<MenuEntry>* entries = &titles_[static_cast<size_t>(openTitle_)].entries;
+    for (int l = 1; l <= level; ++l) {
+        const int parent = open_[static_cast<size_t>(l)].parentEntry;
+        if (parent < 0 || parent >= static_cast<int>(entries->size())) return kNone;
+        entries = &(*entries)[static_cast<size_t>(parent)].submenu;
+    }
+    return *entries;
+}
+
+const MenuEntry* DropDownMenuBar::EntryOf(int level, int entry) const {
+    const std::vector<MenuEntry>& entries = EntriesOf(level);
+    if (entry < 0 || entry >= static_cast<int>(entries.size())) return nullptr;
+    return &entries[static_cast<size_t>(entry)];
+}
+
 Gorb_Rect DropDownMenuBar::EntryRect(int level, int entry) const {
     const OpenMenu& menu = open_[static_cast<size_t>(level)];
+    const std::vector<MenuEntry>& entries = EntriesOf(level);
+    const int count = std::min(entry, static_cast<int>(entries.size()));
     int y = menu.rect.y + kMenuBorder;
-    for (int i = 0; i < entry; ++i) y += EntryHeight((*menu.entries)[static_cast<size_t>(i)]);
-    return {menu.rect.x + kMenuBorder, y, menu.rect.w - 2 * kMenuBorder,
-            EntryHeight((*menu.entries)[static_cast<size_t>(entry)])};
+    for (int i = 0; i < count; ++i) y += EntryHeight(entries[static_cast<size_t>(i)]);
+    const MenuEntry* item = EntryOf(level, entry);
+    return {menu.rect.x + kMenuBorder, y, menu.rect.w - 2 * kMenuBorder, item ? EntryHeight(*item) : 0};
 }
 
 int DropDownMenuBar::TitleAt(Point screen) const {
@@ -73,7 +95,7 @@ bool DropDownMenuBar::EntryAt(Point screen, int& level, int& entry) const {
         if (!sondrel::Contains(open_[static_cast<size_t>(l)].rect, screen)) continue;
         level = l;
         entry = -1;
-        for (int e = 0; e < static_cast<int>(open_[static_cast<size_t>(l)].entries->size()); ++e) {
+        for (int e = 0; e < static_cast<int>(EntriesOf(l).size()); ++e) {
             if (sondrel::Contains(EntryRect(l, e), screen)) entry = e;
         }
         return true;
@@ -87,7 +109,9 @@ bool DropDownMenuBar::Contains(Point screen) const {
                        [screen](const OpenMenu& menu) { return sondrel::Contains(menu.rect, screen); });
 }
 
-void DropDownMenuBar::OpenLevel(const std::vector<MenuEntry>& entries, int x, int y, int flipX) {
+void DropDownMenuBar::OpenLevel(int parentEntry, int x, int y, int flipX) {
+    open_.push_back({parentEntry, {}, -1});
+    const std::vector<MenuEntry>& entries = EntriesOf(static_cast<int>(open_.size()) - 1);
     int textWidth = 0;
     int shortcutWidth = 0;
     int height = 2 * kMenuBorder;
@@ -101,14 +125,34 @@ void DropDownMenuBar::OpenLevel(const std::vector<MenuEntry>& entries, int x, in
                                                   (shortcutWidth > 0 ? kShortcutGap + shortcutWidth : 0));
     // A menu that would run off the right edge opens towards the left instead.
     if (x + width > screenWidth_) x = std::max(0, flipX - width);
-    open_.push_back({&entries, {x, y, width, height}, -1});
+    open_.back().rect = {x, y, width, height};
 }
 
 void DropDownMenuBar::OpenTitleMenu(int title) {
     open_.clear();
     openTitle_ = title;
     const Gorb_Rect titleRect = TitleRect(title);
-    OpenLevel(titles_[static_cast<size_t>(title)].entries, titleRect.x, kBarHeight, titleRect.x + titleRect.w);
+    OpenLevel(-1, titleRect.x, kBarHeight, titleRect.x + titleRect.w);
+}
+
+void DropDownMenuBar::SetTitles(std::vector<MenuTitle> titles) {
+    titles_ = std::move(titles);
+    if (openTitle_ < 0) return;
+    if (openTitle_ >= static_cast<int>(titles_.size())) {
+        Close();
+        return;
+    }
+    // Open the same path again, measured on the new entries, as far as it still exists.
+    const std::vector<OpenMenu> before = open_;
+    OpenTitleMenu(openTitle_);
+    for (size_t level = 0; level < before.size(); ++level) {
+        const int hovered = before[level].hovered;
+        if (!EntryOf(static_cast<int>(level), hovered)) break;
+        open_.back().hovered = hovered;
+        if (level + 1 >= before.size()) break;
+        OpenSubmenu(static_cast<int>(level));
+        if (open_.size() != level + 2) break;
+    }
 }
 
 void DropDownMenuBar::Press(Point screen) {
@@ -158,18 +202,18 @@ void DropDownMenuBar::Follow(Point screen) {
 
 void DropDownMenuBar::OpenSubmenu(int level) {
     const OpenMenu& menu = open_[static_cast<size_t>(level)];
-    const MenuEntry& item = (*menu.entries)[static_cast<size_t>(menu.hovered)];
-    if (!HasSubmenu(item)) return;
-    const Gorb_Rect at = EntryRect(level, menu.hovered);
+    const MenuEntry* item = EntryOf(level, menu.hovered);
+    if (!item || !HasSubmenu(*item)) return;
+    const int parentEntry = menu.hovered;
+    const Gorb_Rect at = EntryRect(level, parentEntry);
     const Gorb_Rect parent = menu.rect;
-    OpenLevel(item.submenu, parent.x + parent.w, at.y - kMenuBorder, parent.x);
+    OpenLevel(parentEntry, parent.x + parent.w, at.y - kMenuBorder, parent.x);
 }
 
 void DropDownMenuBar::ChooseEntry(int level, int entry, CommandQueue& queue) {
-    if (entry < 0) return;
-    const MenuEntry& item = (*open_[static_cast<size_t>(level)].entries)[static_cast<size_t>(entry)];
-    if (!Choosable(item)) return;
-    const int command = item.command;
+    const MenuEntry* item = EntryOf(level, entry);
+    if (!item || !Choosable(*item)) return;
+    const int command = item->command;
     Close();
     if (command >= 0) queue.PushEntry(kEntryMenuCommand, static_cast<uint32_t>(command), 0);
 }
@@ -201,12 +245,13 @@ int DropDownMenuBar::KeyLevel() const {
 void DropDownMenuBar::StepHighlight(int level, int step) {
     open_.resize(static_cast<size_t>(level) + 1);
     OpenMenu& menu = open_.back();
-    const int count = static_cast<int>(menu.entries->size());
+    const std::vector<MenuEntry>& entries = EntriesOf(level);
+    const int count = static_cast<int>(entries.size());
     // From nothing highlighted, Down starts at the top and Up at the bottom.
     int at = menu.hovered >= 0 ? menu.hovered : (step > 0 ? count - 1 : 0);
     for (int tried = 0; tried < count; ++tried) {
         at = (at + step + count) % count;
-        if (Reachable((*menu.entries)[static_cast<size_t>(at)])) {
+        if (Reachable(entries[static_cast<size_t>(at)])) {
             menu.hovered = at;
             return;
         }
@@ -215,6 +260,10 @@ void DropDownMenuBar::StepHighlight(int level, int step) {
 
 void DropDownMenuBar::OpenNeighbourTitle(int step) {
     const int count = static_cast<int>(titles_.size());
+    if (count == 0) {
+        Close();
+        return;
+    }
     OpenTitleMenu((openTitle_ + step + count) % count);
     StepHighlight(0, 1);
 }
@@ -223,8 +272,8 @@ bool DropDownMenuBar::KeyPress(uint16_t key, CommandQueue& queue) {
     if (openTitle_ < 0) return false;
     const int level = KeyLevel();
     const int hovered = open_[static_cast<size_t>(level)].hovered;
-    const bool onSubmenu =
-        hovered >= 0 && HasSubmenu((*open_[static_cast<size_t>(level)].entries)[static_cast<size_t>(hovered)]);
+    const MenuEntry* highlighted = EntryOf(level, hovered);
+    const bool onSubmenu = highlighted && HasSubmenu(*highlighted);
     switch (key) {
         case kKeyUp:
         case kKeyDown: StepHighlight(level, key == kKeyDown ? 1 : -1); return true;
@@ -285,8 +334,9 @@ void DropDownMenuBar::DrawMenu(Painter& painter, const DrawStyle& style, const O
         painter.Bevel(menu.rect, style.Colour(ThemeColour::BevelLight), style.Colour(ThemeColour::BevelDark));
     }
     const int level = static_cast<int>(&menu - open_.data());
-    for (int e = 0; e < static_cast<int>(menu.entries->size()); ++e) {
-        DrawEntry(painter, style, (*menu.entries)[static_cast<size_t>(e)], EntryRect(level, e), e == menu.hovered);
+    const std::vector<MenuEntry>& entries = EntriesOf(level);
+    for (int e = 0; e < static_cast<int>(entries.size()); ++e) {
+        DrawEntry(painter, style, entries[static_cast<size_t>(e)], EntryRect(level, e), e == menu.hovered);
     }
 }
 

@@ -12,6 +12,11 @@
 // closes a submenu or else moves to the previous title, Return (or the keypad
 // Enter) chooses the highlighted entry as a click would, and Escape closes one
 // level.
+//
+// An open menu remembers where it hangs (the title, and for a submenu the
+// entry of the menu above) by position, never by address: the titles may be
+// replaced at any time, even while a menu is open, and the open menus then
+// follow the new entries or close where those are gone.
 
 #include <string>
 #include <vector>
@@ -51,7 +56,15 @@ public:
     // font measures the texts; without one every character counts as 7 pixels.
     DropDownMenuBar(std::vector<MenuTitle> titles, int screenWidth, const Gorb_Font* font = nullptr);
 
+    const std::vector<MenuTitle>& Titles() const { return titles_; }
+    // For changing entries' flags (enabled, checked) in place; a change that
+    // adds or removes entries goes through SetTitles so open menus are laid
+    // out again.
     std::vector<MenuTitle>& Titles() { return titles_; }
+    // Replaces every title and entry. Open menus stay open on the same title
+    // and entries where the new titles still have them, with their sizes
+    // measured again; the rest close.
+    void SetTitles(std::vector<MenuTitle> titles);
     // The open title's index, -1 when every menu is closed.
     int OpenTitle() const { return openTitle_; }
     // The highlighted entry of an open menu level, -1 when none is.
@@ -75,17 +88,22 @@ public:
 
 private:
     struct OpenMenu {
-        const std::vector<MenuEntry>* entries = nullptr;
+        int parentEntry = -1;  // the entry of the level above whose submenu this is; -1 at level 0
         Gorb_Rect rect{};
         int hovered = -1;
     };
 
     int TextWidth(const std::string& text) const;
+    // The entries shown at an open level, found from the title down; empty
+    // when the titles no longer have them.
+    const std::vector<MenuEntry>& EntriesOf(int level) const;
+    // The entry at an open level, nullptr when there is none at that place.
+    const MenuEntry* EntryOf(int level, int entry) const;
     int TitleAt(Point screen) const;
     // The deepest open level containing p and the entry under p there (-1 on none).
     bool EntryAt(Point screen, int& level, int& entry) const;
     void OpenTitleMenu(int title);
-    void OpenLevel(const std::vector<MenuEntry>& entries, int x, int y, int flipX);
+    void OpenLevel(int parentEntry, int x, int y, int flipX);
     // Opens the submenu of the highlighted entry of level, beside it.
     void OpenSubmenu(int level);
     // The level the keys work on: the deepest one with a highlighted entry.

@@ -227,14 +227,16 @@ TEST_F(ApplicationTest, TheFileOnTheCommandLineOpensFromTheStartDirectory) {
     platform.log.clear();
     Application app(platform, paths, ExitAfter(1));
     EXPECT_EQ(app.Run("sondrel my song.sdrltk"), 0);
-    EXPECT_EQ(std::count(platform.log.begin(), platform.log.end(), "message Couldn't load module."), 1);
+    EXPECT_EQ(std::count(platform.log.begin(), platform.log.end(),
+                         "message Couldn't load module.\nNo such file or directory"),
+              1);
     EXPECT_EQ(app.CurrentModule().title, "");
 }
 
 TEST_F(ApplicationTest, AnExceptionOrAFaultInTheLoopSavesTheModuleAndShutsDown) {
     PutDemoSong("song.sdrltk");
     const std::string crashName = "crash(2007.3.4 5.6.7).sdrltk.";
-    const std::string crashMessage = "message Sondrel has crashed.\nThe current module is saved as " + crashName;
+    const std::string crashMessage = "message " + CrashMessage(paths.preferencesDirectory / crashName);
     Application* running = nullptr;
     // Texts the module file can't hold don't stop the crash save.
     platform.onFrame = [&running](long frame) {
@@ -246,7 +248,7 @@ TEST_F(ApplicationTest, AnExceptionOrAFaultInTheLoopSavesTheModuleAndShutsDown) 
     {
         Application app(platform, paths, {.screenshot = "last.png"});
         running = &app;
-        EXPECT_EQ(app.Run("sondrel song.sdrltk"), 0);
+        EXPECT_EQ(app.Run("sondrel song.sdrltk"), kExitAfterCrash);
         EXPECT_EQ(app.Frames(), 1);
     }
     ASSERT_GE(platform.log.size(), 4u);
@@ -259,15 +261,34 @@ TEST_F(ApplicationTest, AnExceptionOrAFaultInTheLoopSavesTheModuleAndShutsDown) 
     EXPECT_EQ(saved->title, "Four Corners O");
     EXPECT_EQ(saved->notes, std::string(255, 'n'));
 
-    // A hardware fault takes the same way out.
-    fs::remove(paths.preferencesDirectory / crashName);
+    // A hardware fault takes the same way out; in the same second it does not
+    // replace the first crash file but counts on from its name.
+    const auto firstCrash = test::ReadBytes(paths.preferencesDirectory / crashName);
     platform.log.clear();
     platform.onFrame = nullptr;
-    Application app(platform, paths, {.faultAfterFrames = 3, .screenshot = {}});
-    EXPECT_EQ(app.Run("sondrel"), 0);
-    EXPECT_EQ(std::count(platform.log.begin(), platform.log.end(), crashMessage), 1);
-    EXPECT_TRUE(fs::exists(paths.preferencesDirectory / crashName));
+    {
+        Application app(platform, paths, {.faultAfterFrames = 3, .screenshot = {}});
+        EXPECT_EQ(app.Run("sondrel"), kExitAfterCrash);
+    }
+    const fs::path second = paths.preferencesDirectory / (crashName + "2");
+    EXPECT_EQ(std::count(platform.log.begin(), platform.log.end(), "message " + CrashMessage(second)), 1);
+    EXPECT_TRUE(fs::exists(second));
+    EXPECT_EQ(test::ReadBytes(paths.preferencesDirectory / crashName), firstCrash);
     EXPECT_EQ(platform.log.back(), "close display");
+
+    // A crash file that can't be written is not reported as saved.
+    platform.log.clear();
+    AppPaths gone = paths;
+    gone.preferencesDirectory /= "gone";
+    {
+        Application app(platform, gone, {.faultAfterFrames = 3, .screenshot = {}});
+        EXPECT_EQ(app.Run("sondrel"), kExitAfterCrash);
+    }
+    const std::string failed = "message " + CrashSaveFailedMessage(gone.preferencesDirectory / crashName,
+                                                                   "No such file or directory");
+    EXPECT_EQ(std::count_if(platform.log.begin(), platform.log.end(),
+                            [&](const std::string& line) { return line.rfind(failed, 0) == 0; }),
+              1);
 }
 
 TEST_F(ApplicationTest, EscapeKeepsTheProgramRunningAndTheCloseBoxAsksBeforeLosingChanges) {

@@ -41,8 +41,9 @@ TEST(CommandLine, ProgramNameIsTheFileNameUpToItsFirstDot) {
 
 TEST(CrashSave, FileNameAndMessage) {
     EXPECT_EQ(CrashFileName({2007, 3, 4, 5, 6, 7}), "crash(2007.3.4 5.6.7).sdrltk.");
-    EXPECT_EQ(CrashMessage("crash(2007.3.4 5.6.7).sdrltk."),
-              "Sondrel has crashed.\nThe current module is saved as crash(2007.3.4 5.6.7).sdrltk.");
+    EXPECT_EQ(CrashMessage("/home/me/crash(2007.3.4 5.6.7).sdrltk."),
+              "Sondrel has crashed.\nThe current module is saved as crash(2007.3.4 5.6.7).sdrltk.\n"
+              "in the folder /home/me.");
 }
 
 }  // namespace

@@ -100,7 +100,7 @@ TEST_F(ProgramTest, AFaultInTheLoopLeavesALoadableCrashFileNamedByTheUtcTime) {
     const std::time_t before = std::time(nullptr);
     const ProgramRun run = Run("SONDREL_FAULT_AFTER_FRAMES=10", "demo.sdrltk");
     const std::time_t after = std::time(nullptr);
-    ASSERT_EQ(run.exitCode, 0) << run.output;
+    ASSERT_EQ(run.exitCode, 3) << run.output;
     EXPECT_NE(run.output.find("Sondrel has crashed.\nThe current module is saved as crash("), std::string::npos)
         << run.output;
 

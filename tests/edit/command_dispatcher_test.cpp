@@ -157,13 +157,15 @@ TEST_F(DispatcherTest, FilesThatFailAreToldAndASaveMarksTheModuleSaved) {
     scratch.emplace();
     host.answer = (*scratch / "missing.sdrltk").string();
     Menu(kMenuLoadModule);
-    EXPECT_EQ(prompts.messages, std::vector<std::string>{kCouldNotLoadModule});
+    EXPECT_EQ(prompts.messages, std::vector<std::string>{std::string(kCouldNotLoadModule) +
+                                                         "\nNo such file or directory"});
     EXPECT_EQ(host.replaced, 0);
 
     Modify();
     host.answer = (*scratch / "no such folder" / "song.sdrltk").string();
     Menu(kMenuSaveModuleAs);
-    EXPECT_EQ(prompts.messages.back(), kCouldNotSaveModule);
+    EXPECT_EQ(prompts.messages.back().rfind(std::string(kCouldNotSaveModule) + "\nNo such file or directory", 0), 0u)
+        << prompts.messages.back();
     EXPECT_TRUE(undo.IsModified());
 
     // Saved under a name, the module keeps it: "Save module" asks for none.
@@ -181,7 +183,7 @@ TEST_F(DispatcherTest, FilesThatFailAreToldAndASaveMarksTheModuleSaved) {
     module->directory = (*scratch / "gone").string();
     Modify();
     Menu(kMenuSaveModule);
-    EXPECT_EQ(prompts.messages.back(), kCouldNotSaveModule);
+    EXPECT_EQ(prompts.messages.back().rfind(std::string(kCouldNotSaveModule) + "\nThe folder ", 0), 0u);
     EXPECT_TRUE(undo.IsModified());
 
     // Exports ask under their format's title; the compact replay format only says it isn't there.

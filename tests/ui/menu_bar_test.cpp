@@ -163,6 +163,50 @@ TEST_F(MenuBarTest, KeysWalkTheMenusAndChooseTheHighlightedEntry) {
     EXPECT_EQ(menu.OpenTitle(), -1);
 }
 
+// A command may rebuild the titles while a menu hangs open (a save rewrites the
+// recent entries): the open menus follow the new entries, measured anew, or
+// close where their entries are gone, and drawing never reads the old ones.
+TEST_F(MenuBarTest, ReplacingTheTitlesUnderAnOpenMenuKeepsItValid) {
+    Mouse(kGorbButton1Down, Title(0));
+    Mouse(kGorbMouseMove, Entry(0, 3));
+    Mouse(kGorbMouseMove, Entry(1, 1));
+    ASSERT_EQ(menu.OpenDepth(), 2);
+    const Gorb_Rect submenuBefore = menu.MenuRect(1);
+
+    std::vector<MenuTitle> longer = SampleMenus();
+    longer[0].entries[3].submenu.push_back(Item("A much longer third recent module name", 12));
+    menu.SetTitles(std::move(longer));
+    ASSERT_EQ(menu.OpenDepth(), 2);
+    EXPECT_EQ(menu.Highlighted(1), 1);
+    EXPECT_GT(menu.MenuRect(1).h, submenuBefore.h);
+    EXPECT_GT(menu.MenuRect(1).w, submenuBefore.w);
+    (void)Pixels({0, 0, 400, 300});
+    Mouse(kGorbMouseMove, Entry(1, 2));
+    Mouse(kGorbButton1Up, Entry(1, 2));
+    EXPECT_EQ(Commands(), std::vector<uint32_t>{12});
+
+    // The submenu's entry is gone: its menu closes, the title's stays.
+    Click(Title(0));
+    Mouse(kGorbMouseMove, Entry(0, 3));
+    ASSERT_EQ(menu.OpenDepth(), 2);
+    std::vector<MenuTitle> shorter = SampleMenus();
+    shorter[0].entries.resize(2);
+    menu.SetTitles(std::move(shorter));
+    EXPECT_EQ(menu.OpenTitle(), 0);
+    EXPECT_EQ(menu.OpenDepth(), 1);
+    (void)Pixels({0, 0, 400, 300});
+    Press(0xD0);
+    EXPECT_EQ(menu.Highlighted(0), 0);
+
+    // The open title is gone: everything closes.
+    menu.Close();
+    Click(Title(1));
+    ASSERT_EQ(menu.OpenTitle(), 1);
+    menu.SetTitles({SampleMenus()[0]});
+    EXPECT_EQ(menu.OpenTitle(), -1);
+    EXPECT_EQ(menu.OpenDepth(), 0);
+}
+
 TEST_F(MenuBarTest, OpeningAndHoveringRedrawTheMenus) {
     const auto frame = [&] { return Pixels({0, 0, 200, 200}); };
     const auto closed = frame();

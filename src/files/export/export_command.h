@@ -14,6 +14,10 @@ namespace sondrel {
 enum ExportKind : int { kExportEsdrltk = 0, kExportVgm = 1, kExportMidi = 2 };
 
 inline constexpr char kExportNotAvailable[] = "This is not available yet.";
+// What the user is told when an export's file could not be written.
+inline constexpr char kCouldNotWriteVgm[] = "Couldn't write the VGM file.";
+inline constexpr char kCouldNotWriteMidi[] = "Couldn't write the MIDI file.";
+inline constexpr char kCouldNotWriteWav[] = "Couldn't write the WAV file.";
 
 struct ExportFormat {
     const char* word;       // "ESDRLTK", "VGM", "MID"

@@ -2,7 +2,7 @@
 
 #include <cstdio>
 
-#include "files/file_stream.h"
+#include "files/safe_file_writer.h"
 #include "files/export/song_stepper.h"
 #include "model/exception.h"
 #include "model/notes.h"
@@ -200,10 +200,8 @@ std::vector<uint8_t> BuildMidi(const MidiExportOptions& options, Module& module)
 }
 
 void WriteMidiFile(const MidiExportOptions& options, Module& module, const std::string& path) {
-    UniqueFile file = OpenFile(path, "wb");
-    if (!file) throw FileIOException("ExportMidi(): Can't open file");
     const std::vector<uint8_t> bytes = BuildMidi(options, module);
-    std::fwrite(bytes.data(), 1, bytes.size(), file.get());
+    ReplaceFileContents(path, bytes.data(), bytes.size());
 }
 
 bool ExportMidi(MidiExportOptions& options, Module& module, const std::string& path, MidiExportDialog& dialog) {

@@ -2,7 +2,7 @@
 
 #include <array>
 
-#include "files/file_stream.h"
+#include "files/safe_file_writer.h"
 #include "files/export/song_stepper.h"
 #include "model/exception.h"
 
@@ -162,10 +162,8 @@ std::vector<uint8_t> BuildVgm(Module& module) {
 }
 
 void ExportVgm(Module& module, const std::string& path) {
-    UniqueFile file = OpenFile(path, "wb");
-    if (!file) throw FileIOException("ExportVgm(): Can't open file");
     const std::vector<uint8_t> bytes = BuildVgm(module);
-    std::fwrite(bytes.data(), 1, bytes.size(), file.get());
+    ReplaceFileContents(path, bytes.data(), bytes.size());
 }
 
 }  // namespace sondrel

@@ -4,6 +4,7 @@
 #include <cerrno>
 #include <cstring>
 
+#include "files/safe_file_writer.h"
 #include "model/exception.h"
 
 namespace sondrel {
@@ -18,15 +19,12 @@ constexpr uint64_t kMaxDataBytes = 0xFFFFFFFFull - 36;
 
 }  // namespace
 
-WavWriter::~WavWriter() {
-    if (file_) std::fclose(file_);
-}
+WavWriter::~WavWriter() = default;
 
 void WavWriter::Open(const std::string& path, uint32_t sampleRate, uint16_t channels) {
     if (file_) throw FileIOException("WavWriter::Open(): A file is already open");
-    file_ = std::fopen(path.c_str(), "wb");
-    if (!file_) throw FileIOException("Couldn't create \"" + path + "\": " + std::strerror(errno));
-    path_ = path;
+    output_ = std::make_unique<SafeFileWriter>(path);
+    file_ = output_->Stream();
     sampleRate_ = sampleRate;
     channels_ = channels;
     dataBytes_ = 0;
@@ -49,14 +47,14 @@ void WavWriter::WriteHeader() {
     std::memcpy(header + 36, "data", 4);
     PutLe(header + 40, data, 4);
     if (std::fseek(file_, 0, SEEK_SET) != 0 || std::fwrite(header, 1, sizeof header, file_) != sizeof header)
-        throw FileIOException("Couldn't write \"" + path_ + "\"");
+        throw FileIOException(SystemErrorText(errno));
 }
 
 void WavWriter::Write(const int16_t* samples, size_t count) {
     if constexpr (std::endian::native == std::endian::little) {
         // The samples are already in the file's byte order: one write for the whole block.
         if (std::fwrite(samples, 2, count, file_) != count)
-            throw FileIOException("Couldn't write \"" + path_ + "\": " + std::strerror(errno));
+            throw FileIOException(SystemErrorText(errno));
         dataBytes_ += 2 * count;
         return;
     }
@@ -65,7 +63,7 @@ void WavWriter::Write(const int16_t* samples, size_t count) {
         const size_t chunk = count < sizeof bytes / 2 ? count : sizeof bytes / 2;
         for (size_t i = 0; i < chunk; ++i) PutLe(bytes + 2 * i, static_cast<uint16_t>(samples[i]), 2);
         if (std::fwrite(bytes, 2, chunk, file_) != chunk)
-            throw FileIOException("Couldn't write \"" + path_ + "\": " + std::strerror(errno));
+            throw FileIOException(SystemErrorText(errno));
         dataBytes_ += 2 * chunk;
         samples += chunk;
         count -= chunk;
@@ -73,12 +71,11 @@ void WavWriter::Write(const int16_t* samples, size_t count) {
 }
 
 void WavWriter::Close() {
-    if (!file_) return;
+    if (!output_) return;
     WriteHeader();
-    const bool failed = std::fflush(file_) != 0;
-    std::fclose(file_);
     file_ = nullptr;
-    if (failed) throw FileIOException("Couldn't write \"" + path_ + "\"");
+    const std::unique_ptr<SafeFileWriter> output = std::move(output_);
+    output->Commit();
 }
 
 }  // namespace sondrel

@@ -3,10 +3,15 @@
 
 #include <cstdint>
 #include <cstdio>
+#include <memory>
 #include <string>
+
+#include "files/safe_file_writer.h"
 
 namespace sondrel {
 
+// The file appears only when Close succeeds: until then it is written beside
+// its place, and a writer destroyed unclosed leaves nothing behind.
 class WavWriter {
 public:
     WavWriter() = default;
@@ -25,8 +30,8 @@ public:
 private:
     void WriteHeader();
 
+    std::unique_ptr<SafeFileWriter> output_;
     std::FILE* file_ = nullptr;
-    std::string path_;
     uint32_t sampleRate_ = 44100;
     uint16_t channels_ = 2;
     uint64_t dataBytes_ = 0;
