@@ -17,6 +17,7 @@ namespace {
 struct MenuPlaces {
     std::vector<Point> titles;
     std::vector<std::vector<Point>> entries;
+    Point load, saveAs;  // under "File"
 };
 
 const MenuPlaces& Menus() {
@@ -33,6 +34,9 @@ const MenuPlaces& Menus() {
             for (int entry = 0; entry < static_cast<int>(bar.Titles()[title].entries.size()); ++entry) {
                 const Gorb_Rect place = bar.EntryRect(0, entry);
                 entries.push_back({place.x + 12, place.y + place.h / 2});
+                const int command = bar.Titles()[title].entries[entry].command;
+                if (command == kMenuLoadModule) found.load = entries.back();
+                if (command == kMenuSaveModuleAs) found.saveAs = entries.back();
             }
             found.entries.push_back(std::move(entries));
         }
@@ -188,6 +192,24 @@ void TypeName(BatchWriter& out) {
     out.Key(out.Chance(75) ? "Return" : out.Chance(50) ? "Tab" : "Escape");
 }
 
+// File > "Save module as..." or "Load module...", then a name typed into
+// the requester, perhaps after a click on a line of its list.
+void ThroughRequester(BatchWriter& out) {
+    const MenuPlaces& menus = Menus();
+    out.Move(menus.titles[0]);
+    out.Click(1);
+    out.Move(out.Chance(60) ? menus.saveAs : menus.load);
+    out.Click(1);
+    out.Pause();
+    if (out.Chance(30)) {
+        // The requester's list fills most of the middle of the screen.
+        out.Move({kScreenWidth / 4 + 10 + out.Roll(kScreenWidth / 2 - 20),
+                  kScreenHeight / 6 + 30 + out.Roll(kScreenHeight / 2)});
+        out.Click(1, out.Chance(50) ? 2 : 1);
+    }
+    TypeName(out);
+}
+
 // What ends a dialog: its keys, or a click where its buttons are.
 void AnswerDialog(BatchWriter& out) {
     switch (out.Roll(4)) {
@@ -237,9 +259,14 @@ MonkeyBatch MakeMonkeyBatch(uint64_t seed, int batch, unsigned long window) {
         void (*step)(BatchWriter&);
     };
     static constexpr Weighted kSteps[] = {
-        {30, AnyKey},         {16, ChooseFromMenu}, {13, ClickSomewhere}, {10, AnswerDialog}, {8, TypeName},
-        {6, Drag},            {6, TurnWheel},       {6, SaveKey},         {5, KeysOverOpenMenu},
+        {27, AnyKey}, {15, ChooseFromMenu}, {12, ClickSomewhere}, {10, AnswerDialog}, {6, TypeName},
+        {6, Drag},    {6, TurnWheel},       {6, SaveKey},         {5, KeysOverOpenMenu}, {7, ThroughRequester},
     };
+    static_assert([] {
+        int sum = 0;
+        for (const Weighted& step : kSteps) sum += step.weight;
+        return sum == 100;
+    }());
     for (int steps = 12 + out.Roll(10); steps > 0; --steps) {
         int roll = out.Roll(100);
         for (const Weighted& step : kSteps) {

@@ -210,7 +210,8 @@ bool MonkeyRun::Prepare() {
     fs::create_directories(box_ / "home");
     fs::create_directories(box_ / "config");
     const fs::path built = test::BinaryDir();
-    for (const char* name : {"sondrel", "modfont.png", "readme.txt", "demo.sdrltk"}) fs::copy_file(built / name, app / name);
+    for (const char* name : {"sondrel", "modfont.png", "readme.txt", "demo.sdrltk"})
+        fs::copy_file(built / name, app / name);
     fs::copy(built / "skins", app / "skins", fs::copy_options::recursive);
     box_ = fs::canonical(box_);
     x_ = std::make_unique<e2e::XSession>(dir_.Path());
@@ -222,20 +223,21 @@ std::string MonkeyRun::Start() {
     std::error_code error;
     logStart_ = static_cast<std::streamoff>(fs::file_size(dir_ / "program.log", error));
     if (error) logStart_ = 0;
+    const auto quoted = [](const fs::path& path) { return ShellQuoted(path.string()); };
+    const fs::path home = box_ / "home";
+    const int limit = static_cast<int>(seconds_ + 120) * 2;
     // The sanitizer build's leak checker would count the X libraries' allocations against the program.
-    const double limit = (seconds_ + 120) * 2;
     program_ = std::make_unique<ChildProcess>(
-        "cd " + ShellQuoted((box_ / "home").string()) +
-        " && exec env -u SDL_VIDEODRIVER ASAN_OPTIONS=detect_leaks=0 SDL_AUDIODRIVER=disk SDL_DISKAUDIOFILE=/dev/null" +
-        " HOME=" + ShellQuoted((box_ / "home").string()) + " XDG_CONFIG_HOME=" + ShellQuoted((box_ / "config").string()) +
-        " timeout -k 5 " + std::to_string(static_cast<int>(limit)) + " " + shutIn_ + " sh " +
-        ShellQuoted((dir_ / "shut_in.sh").string()) + " " + ShellQuoted(box_.string()) + " " +
-        ShellQuoted((box_ / "app" / "sondrel").string()) + " " + ShellQuoted((box_ / "app" / "demo.sdrltk").string()) +
-        " >> " + ShellQuoted((dir_ / "program.log").string()) + " 2>&1");
+        "cd " + quoted(home) + " && exec env -u SDL_VIDEODRIVER ASAN_OPTIONS=detect_leaks=0 SDL_AUDIODRIVER=disk" +
+        " SDL_DISKAUDIOFILE=/dev/null HOME=" + quoted(home) + " XDG_CONFIG_HOME=" + quoted(box_ / "config") +
+        " timeout -k 5 " + std::to_string(limit) + " " + shutIn_ + " sh " + quoted(dir_ / "shut_in.sh") + " " +
+        quoted(box_) + " " + quoted(box_ / "app" / "sondrel") + " " + quoted(box_ / "app" / "demo.sdrltk") +
+        " >> " + quoted(dir_ / "program.log") + " 2>&1");
     // The title is set with the first frame.
     window_ = x_->FindWindow("^Sondrel [ *]", kStartSeconds);
     if (window_ == 0) {
-        if (const auto code = program_->Wait(1)) return "the program ended at the start with exit code " + std::to_string(*code);
+        if (const auto code = program_->Wait(1))
+            return "the program ended at the start with exit code " + std::to_string(*code);
         return "the program's window didn't come";
     }
     x_->Xdotool("windowfocus --sync " + std::to_string(window_));
@@ -301,17 +303,21 @@ std::string MonkeyRun::CheckFiles() {
     std::error_code error;
     for (auto it = fs::recursive_directory_iterator(box_, error); !error && it != fs::recursive_directory_iterator();
          it.increment(error)) {
-        if (!it->is_regular_file(error)) continue;
+        std::error_code gone;
+        if (!it->is_regular_file(gone)) continue;
         const fs::path& file = it->path();
         const std::string name = file.filename().string();
         if (name.rfind("crash(", 0) == 0) return "the program left a crash save: " + file.string();
         if (!EndsWithIgnoringCase(name, kModuleExtension)) continue;
-        const auto stamp = std::make_pair(fs::file_size(file, error), fs::last_write_time(file, error));
-        if (error || loaded_[file] == stamp) continue;
+        const auto stampNow = [&] {
+            return std::make_pair(fs::file_size(file, gone), fs::last_write_time(file, gone));
+        };
+        const auto stamp = stampNow();
+        if (gone || loaded_[file] == stamp) continue;
         if (const std::string problem = ModuleProblem(file); !problem.empty()) {
             // A file still being written gets another look after the next batch.
             usleep(500000);
-            if (std::make_pair(fs::file_size(file, error), fs::last_write_time(file, error)) != stamp) continue;
+            if (stampNow() != stamp) continue;
             return "the module the program saved as " + file.string() + " doesn't load back: " + problem;
         }
         loaded_[file] = stamp;
