@@ -12,7 +12,7 @@ ICON_SIZES   ?= 64 256
 export SDL_VIDEODRIVER ?= offscreen
 export SDL_AUDIODRIVER ?= dummy
 
-.PHONY: all deps configure build run demo icon skin font gallery install test test-sanitize bench fuzz clean
+.PHONY: all deps configure build run demo icon skin font gallery install test test-sanitize monkey bench fuzz clean
 
 all: build
 
@@ -64,6 +64,13 @@ install: build
 
 test: build
 	cd $(BUILD) && ctest --output-on-failure -j $(JOBS)
+
+# The end-to-end monkey test with fresh seeds for SECONDS in all (each seed
+# up to a minute); every seed is printed, and a failure says how to replay it.
+SECONDS ?= 600
+monkey: configure
+	cmake --build $(BUILD) -j $(JOBS) --target e2e_tests sondrel
+	SONDREL_MONKEY_FRESH_SECONDS=$(SECONDS) $(BUILD)/bin/e2e_tests --gtest_filter=MonkeyTest.FreshSeeds
 
 $(BUILD_ASAN)/CMakeCache.txt:
 	cmake -S . -B $(BUILD_ASAN) -DCMAKE_BUILD_TYPE=Debug -DSONDREL_SANITIZE=ON -DSONDREL_BUILD_BENCH=OFF $(CMAKE_FLAGS)
