@@ -51,7 +51,7 @@ constexpr bool kSanitized = false;
 
 // About two minutes in all; the sanitizer build is several times slower.
 constexpr uint64_t kFixedSeeds[] = {1, 2, 3, 4};
-constexpr double kSeedSeconds = kSanitized ? 8 : 27;
+constexpr double kSeedSeconds = kSanitized ? 15 : 27;
 constexpr double kStartSeconds = kSanitized ? 60 : 20;
 // A program that doesn't answer its window's ping for this long hangs.
 constexpr double kAnswerSeconds = kSanitized ? 30 : 10;
@@ -141,6 +141,8 @@ std::string ShutInCommand(const test::ScratchDir& dir, const fs::path& script) {
 std::optional<pid_t> ProgramProcess(pid_t group) {
     std::error_code error;
     for (const auto& entry : fs::directory_iterator("/proc", error)) {
+        const std::string name = entry.path().filename().string();
+        if (name.find_first_not_of("0123456789") != std::string::npos) continue;
         std::ifstream in(entry.path() / "stat");
         std::string stat((std::istreambuf_iterator<char>(in)), std::istreambuf_iterator<char>());
         const size_t close = stat.rfind(')');
@@ -149,7 +151,7 @@ std::optional<pid_t> ProgramProcess(pid_t group) {
         char state = 0;
         pid_t parent = 0, processGroup = 0;
         rest >> state >> parent >> processGroup;
-        if (processGroup == group) return std::atoi(entry.path().filename().c_str());
+        if (processGroup == group) return std::atoi(name.c_str());
     }
     return std::nullopt;
 }
@@ -177,6 +179,7 @@ private:
     bool Prepare();
     std::string Start();
     std::string AfterBatch();
+    bool Answering(unsigned long window);
     std::string Ended(int exitCode);
     std::string CheckFiles();
     std::string Report(const std::string& what) const;
@@ -252,6 +255,7 @@ std::string MonkeyRun::Run() {
     const auto started = Clock::now();
     const auto deadline = started + std::chrono::duration<double>(seconds_);
     for (batch_ = 0; lastBatch ? batch_ <= *lastBatch : Clock::now() < deadline; ++batch_) {
+        const auto batchStarted = Clock::now();
         const e2e::MonkeyBatch batch = e2e::MakeMonkeyBatch(seed_, batch_, window_);
         lastBatch_ = "windowfocus " + std::to_string(window_) + batch.xdotool;
         // xdotool stops at a command that fails, as when the window has gone.
@@ -259,6 +263,9 @@ std::string MonkeyRun::Run() {
         if (batch.closeWindow) x_->CloseWindow(window_);
         events_ += batch.events;
         if (std::string failure = AfterBatch(); !failure.empty()) return Report(failure);
+        // A batch takes two or three seconds; much longer is worth a look.
+        if (const double took = std::chrono::duration<double>(Clock::now() - batchStarted).count(); took > 10)
+            std::cout << "monkey: seed " << seed_ << ", batch " << batch_ << " took " << took << " s" << std::endl;
     }
     std::cout << "monkey: seed " << seed_ << ": " << batch_ << " batches, " << events_ << " events, " << restarts_
               << " restarts, " << modulesLoaded_ << " saved modules loaded back, "
@@ -272,12 +279,12 @@ std::string MonkeyRun::AfterBatch() {
     // An answered ping shows the program handling its events. The events of
     // the frame that took the ping are handled after it: a second ping waits
     // for the next frame, so that whatever the batch saves is written.
-    if (!x_->Answers(window_, kAnswerSeconds) || !x_->Answers(window_, kAnswerSeconds)) {
+    if (!Answering(window_) || !Answering(window_)) {
         if (const auto code = program_->Wait(1)) return Ended(*code);
         if (ReportsFault(ProgramLog())) return "the program reported a fault";
         // A new window (fullscreen may bring one) that answers is no hang.
         const unsigned long window = x_->FindWindow("^Sondrel [ *]", 1);
-        if (window == 0 || window == window_ || !x_->Answers(window, kAnswerSeconds)) {
+        if (window == 0 || window == window_ || !Answering(window)) {
             const auto process = ProgramProcess(program_->Pid());
             return "the program hangs: its window doesn't answer for " + std::to_string(int(kAnswerSeconds)) +
                    " seconds\n" + (process ? Backtrace(*process) : "(the process is not to be found)");
@@ -285,6 +292,14 @@ std::string MonkeyRun::AfterBatch() {
         window_ = window;
     }
     return CheckFiles();
+}
+
+// Pings of half a second, so that a program that has ended isn't waited for.
+bool MonkeyRun::Answering(unsigned long window) {
+    const auto deadline = Clock::now() + std::chrono::duration<double>(kAnswerSeconds);
+    while (!program_->Wait(0) && Clock::now() < deadline)
+        if (x_->Answers(window, 0.5)) return true;
+    return false;
 }
 
 // The program ended by itself: well only with exit code 0 and no fault
