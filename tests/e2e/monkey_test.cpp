@@ -120,21 +120,25 @@ std::string ModuleProblem(const fs::path& file) {
 }
 
 // The command that runs the rest of a command line in a mount namespace of
-// its own (with a user namespace unless this is root); empty when the
-// system allows neither, or the folder can't be shut in there.
+// its own (root may make one directly, anyone else within a user namespace);
+// empty when the system allows neither, or the folder can't be shut in there.
 std::string ShutInCommand(const test::ScratchDir& dir, const fs::path& script) {
     const fs::path inside = dir / "inside";
-    fs::create_directories(inside);
-    const std::string unshare =
-        geteuid() == 0 ? "unshare --mount" : "unshare --user --map-root-user --mount";
-    const std::string probe = unshare + " sh " + ShellQuoted(script.string()) + " " + ShellQuoted(inside.string()) +
-                              " sh -c " +
-                              ShellQuoted("touch " + ShellQuoted((inside / "in").string()) + " && ! touch " +
-                                          ShellQuoted((dir / "out").string()) + " 2>/dev/null");
-    std::string output;
-    const bool shut = test::RunCommand(probe, output) == 0 && fs::exists(inside / "in") && !fs::exists(dir / "out");
-    fs::remove_all(inside);
-    return shut ? unshare : std::string();
+    const std::string check = "touch " + ShellQuoted((inside / "in").string()) + " && ! touch " +
+                              ShellQuoted((dir / "out").string()) + " 2>/dev/null";
+    for (const char* unshare : {"unshare --mount", "unshare --user --map-root-user --mount"}) {
+        if (geteuid() != 0 && std::string(unshare) == "unshare --mount") continue;
+        fs::create_directories(inside);
+        std::string output;
+        const bool shut = test::RunCommand(std::string(unshare) + " sh " + ShellQuoted(script.string()) + " " +
+                                               ShellQuoted(inside.string()) + " sh -c " + ShellQuoted(check),
+                                           output) == 0 &&
+                          fs::exists(inside / "in") && !fs::exists(dir / "out");
+        fs::remove_all(inside);
+        fs::remove(dir / "out");
+        if (shut) return unshare;
+    }
+    return {};
 }
 
 // The process of the program in the process group the test started.
