@@ -464,8 +464,8 @@ void Application::ShutDown() {
             ChangeDirectory(paths_.dataDirectory);
             try {
                 config_->Write(PreferencesFile());
-            } catch (const FileIOException&) {
-                platform_.ShowMessage(kCouldNotSavePreferences);
+            } catch (const FileIOException& error) {
+                platform_.ShowMessage(WithReason(kCouldNotSavePreferences, error));
             }
         }
 

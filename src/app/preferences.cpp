@@ -5,6 +5,7 @@
 #include <memory>
 #include <system_error>
 
+#include "files/safe_file_writer.h"
 #include "model/exception.h"
 #include "ui/tokenizer.h"
 
@@ -288,13 +289,9 @@ std::string Config::Text() const {
 }
 
 void Config::Write(const std::filesystem::path& path) const {
+    // Through a temporary file: a full disk keeps the settings that were there.
     const std::string text = Text();
-    File file(std::fopen(path.string().c_str(), "w"));
-    if (!file) throw FileIOException("Config::Write(): Couldn't open " + path.string());
-    if (std::fwrite(text.data(), 1, text.size(), file.get()) != text.size() ||
-        std::fclose(file.release()) != 0) {
-        throw FileIOException("Config::Write(): Couldn't write " + path.string());
-    }
+    ReplaceFileContents(path, text.data(), text.size());
 }
 
 std::vector<ConfigEntry> PreferencesSchema(Preferences& prefs) {
