@@ -117,6 +117,10 @@ std::string CrashMessage(const std::string& fileName) {
     return std::string(kProgramTitle) + " has crashed.\nThe current module is saved as " + fileName;
 }
 
+std::string PreferencesLoadMessage(const std::string& reason) {
+    return std::string(kCouldNotLoadPreferences) + "\n" + reason + "\n" + kPreferencesRemedy;
+}
+
 PlayerFeedback TakePlayerFeedback(SongPlayer& song, AudioMutex& audioMutex) {
     std::lock_guard<AudioMutex> lock(audioMutex);
     PlayerFeedback feedback;
@@ -196,8 +200,8 @@ bool Application::StartUp() {
     ChangeDirectory(paths_.dataDirectory);
     try {
         LoadPreferences(*config_, prefs_, PreferencesFile());
-    } catch (const Exception&) {
-        platform_.ShowMessage(kCouldNotLoadPreferences);
+    } catch (const Exception& error) {
+        platform_.ShowMessage(PreferencesLoadMessage(error.Message()));
         return false;
     }
 

@@ -41,6 +41,8 @@ class InstrumentEditing;
 
 inline constexpr char kProgramTitle[] = "Sondrel";
 inline constexpr char kCouldNotLoadPreferences[] = "Couldn't load the preferences file (sondrel.prefs).";
+inline constexpr char kPreferencesRemedy[] =
+    "Fix or remove that file; without it Sondrel starts with the default settings.";
 inline constexpr char kDefaultSkin[] = "default.skin";  // in the runtime files' "skins" folder
 inline constexpr char kCouldNotSavePreferences[] = "Couldn't save the configuration file.";
 inline constexpr char kErrorWhileQuitting[] =
@@ -50,6 +52,9 @@ inline constexpr char kErrorWhileQuitting[] =
 // and the full stop after the extension belongs to the name.
 std::string CrashFileName(const UtcTime& time);
 std::string CrashMessage(const std::string& fileName);
+// What the user is told when the preferences file can't be loaded: the first
+// line, then the reason (which names the file and the line) and the remedy.
+std::string PreferencesLoadMessage(const std::string& reason);
 
 // Pattern view redraw requests that follow the player.
 constexpr uint32_t kRedrawFollowPlayer = 27;

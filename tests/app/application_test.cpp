@@ -167,7 +167,11 @@ TEST_F(ApplicationTest, PreferencesThatCantBeReadOrWritten) {
         Application app(platform, paths);
         EXPECT_EQ(app.Run("sondrel"), 1);
     }
-    EXPECT_EQ(platform.log, (std::vector<std::string>{"message Couldn't load the preferences file (sondrel.prefs)."}));
+    const std::string fullPath = fs::absolute(platform.preferencesFile).lexically_normal().string();
+    EXPECT_EQ(platform.log, (std::vector<std::string>{
+                                "message Couldn't load the preferences file (sondrel.prefs).\n" + fullPath +
+                                ", line 1: \"fullscreen\" must be true or false, not \"maybe\"\n"
+                                "Fix or remove that file; without it Sondrel starts with the default settings."}));
     EXPECT_EQ(platform.PreferencesState(), " (old preferences)");
 
     // A display that can't be opened ends the program at once, preferences unwritten.
