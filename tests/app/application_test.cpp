@@ -167,7 +167,11 @@ TEST_F(ApplicationTest, PreferencesThatCantBeReadOrWritten) {
         Application app(platform, paths);
         EXPECT_EQ(app.Run("sondrel"), 1);
     }
-    EXPECT_EQ(platform.log, (std::vector<std::string>{"message Couldn't load the preferences file (sondrel.prefs)."}));
+    const std::string fullPath = fs::absolute(platform.preferencesFile).lexically_normal().string();
+    EXPECT_EQ(platform.log, (std::vector<std::string>{
+                                "message Couldn't load the preferences file (sondrel.prefs).\n" + fullPath +
+                                ", line 1: \"fullscreen\" must be true or false, not \"maybe\"\n"
+                                "Fix or remove that file; without it Sondrel starts with the default settings."}));
     EXPECT_EQ(platform.PreferencesState(), " (old preferences)");
 
     // A display that can't be opened ends the program at once, preferences unwritten.
@@ -234,8 +238,10 @@ TEST_F(ApplicationTest, ASkinThatCantBeLoadedShowsTheLoadersMessageAndEnds) {
     const fs::path skin = scratch / "program" / "skins" / "default.skin";
     const std::string empty = "<skin name=\"bare\" author=\"\" picture=\"default.png\">\n</skin>\n";
     test::WriteBytes(skin, std::vector<unsigned char>(empty.begin(), empty.end()));
-    const std::string missingWindow = "message Skin item name not found\nskit_data_.name: BGT_WINDOW";
-    for (const std::string& message : {missingWindow, std::string("message Load(): Couldn't open file")}) {
+    const std::string shown = fs::absolute(skin).lexically_normal().string();
+    const std::string missingWindow = "message Skin item name not found\nskit_data_.name: BGT_WINDOW\nin " + shown;
+    const std::string missingFile = "message Load(): Couldn't open file\n" + shown + " (No such file or directory)";
+    for (const std::string& message : {missingWindow, missingFile}) {
         platform.log.clear();
         Application app(platform, paths);
         EXPECT_EQ(app.Run("sondrel"), 1);
