@@ -14,7 +14,8 @@
 namespace {
 
 bool SameToken(const sondrel::Token& a, const sondrel::Token& b) {
-    return a.kind == b.kind && a.character == b.character && a.text == b.text && a.value == b.value;
+    return a.kind == b.kind && a.character == b.character && a.text == b.text && a.value == b.value &&
+           a.clamped == b.clamped;
 }
 
 }  // namespace

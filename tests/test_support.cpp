@@ -1,10 +1,14 @@
 #include "test_support.h"
 
+#include <sys/mount.h>
 #include <sys/wait.h>
 
+#include <algorithm>
 #include <array>
+#include <cerrno>
 #include <cstdio>
 #include <cstdlib>
+#include <cstring>
 
 #include <fstream>
 #include <iterator>
@@ -77,6 +81,38 @@ ScratchDir::ScratchDir() {
 ScratchDir::~ScratchDir() {
     std::error_code ec;
     std::filesystem::remove_all(path_, ec);
+}
+
+SmallDisk::SmallDisk() {
+    if (::mount("tmpfs", scratch_.Path().c_str(), "tmpfs", 0, "size=16k") == 0) {
+        mounted_ = true;
+    } else {
+        why_ = std::string("can't mount a small tmpfs here: ") + std::strerror(errno);
+    }
+}
+
+SmallDisk::~SmallDisk() {
+    if (mounted_) ::umount2(scratch_.Path().c_str(), MNT_DETACH);
+}
+
+void SmallDisk::Fill() const {
+    std::FILE* filler = std::fopen((scratch_.Path() / "filler").c_str(), "ab");
+    if (!filler) return;
+    std::setvbuf(filler, nullptr, _IONBF, 0);
+    const char block[512] = {};
+    while (std::fwrite(block, 1, sizeof block, filler) == sizeof block) {
+    }
+    while (std::fputc(0, filler) != EOF) {
+    }
+    std::fclose(filler);
+}
+
+std::vector<std::string> SmallDisk::Names() const {
+    std::vector<std::string> names;
+    for (const auto& entry : std::filesystem::directory_iterator(scratch_.Path()))
+        names.push_back(entry.path().filename().string());
+    std::sort(names.begin(), names.end());
+    return names;
 }
 
 }  // namespace sondrel::test

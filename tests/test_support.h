@@ -49,4 +49,28 @@ private:
     std::filesystem::path path_;
 };
 
+// A 16 KiB tmpfs mounted on a scratch directory for the life of the object,
+// to see what writes do when the disk fills up. Mounting needs privileges
+// the test may lack: Mounted() tells, and Why() says what went wrong.
+class SmallDisk {
+public:
+    SmallDisk();
+    ~SmallDisk();
+    SmallDisk(const SmallDisk&) = delete;
+    SmallDisk& operator=(const SmallDisk&) = delete;
+
+    bool Mounted() const { return mounted_; }
+    const std::string& Why() const { return why_; }
+    std::filesystem::path operator/(const std::string& name) const { return scratch_ / name; }
+    // Takes every free block with a file named "filler".
+    void Fill() const;
+    // The names in the disk's root, sorted.
+    std::vector<std::string> Names() const;
+
+private:
+    ScratchDir scratch_;
+    bool mounted_ = false;
+    std::string why_;
+};
+
 }  // namespace sondrel::test

@@ -131,6 +131,10 @@ std::string CrashSaveFailedMessage(const std::filesystem::path& tried, const std
            ":\n" + reason;
 }
 
+std::string PreferencesLoadMessage(const std::string& reason) {
+    return std::string(kCouldNotLoadPreferences) + "\n" + reason + "\n" + kPreferencesRemedy;
+}
+
 PlayerFeedback TakePlayerFeedback(SongPlayer& song, AudioMutex& audioMutex) {
     std::lock_guard<AudioMutex> lock(audioMutex);
     PlayerFeedback feedback;
@@ -212,8 +216,8 @@ bool Application::StartUp() {
     ChangeDirectory(paths_.dataDirectory);
     try {
         LoadPreferences(*config_, prefs_, PreferencesFile());
-    } catch (const Exception&) {
-        platform_.ShowMessage(kCouldNotLoadPreferences);
+    } catch (const Exception& error) {
+        platform_.ShowMessage(PreferencesLoadMessage(error.Message()));
         return false;
     }
 
@@ -464,8 +468,8 @@ void Application::ShutDown() {
             ChangeDirectory(paths_.dataDirectory);
             try {
                 config_->Write(PreferencesFile());
-            } catch (const FileIOException&) {
-                platform_.ShowMessage(kCouldNotSavePreferences);
+            } catch (const FileIOException& error) {
+                platform_.ShowMessage(WithReason(kCouldNotSavePreferences, error));
             }
         }
 

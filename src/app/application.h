@@ -41,6 +41,8 @@ class InstrumentEditing;
 
 inline constexpr char kProgramTitle[] = "Sondrel";
 inline constexpr char kCouldNotLoadPreferences[] = "Couldn't load the preferences file (sondrel.prefs).";
+inline constexpr char kPreferencesRemedy[] =
+    "Fix or remove that file; without it Sondrel starts with the default settings.";
 inline constexpr char kDefaultSkin[] = "default.skin";  // in the runtime files' "skins" folder
 inline constexpr char kCouldNotSavePreferences[] = "Couldn't save the configuration file.";
 inline constexpr char kErrorWhileQuitting[] =
@@ -59,6 +61,9 @@ std::string CrashSaveFailedMessage(const std::filesystem::path& tried, const std
 
 // Run's exit status after a fault or an exception that ended the loop.
 constexpr int kExitAfterCrash = 3;
+// What the user is told when the preferences file can't be loaded: the first
+// line, then the reason (which names the file and the line) and the remedy.
+std::string PreferencesLoadMessage(const std::string& reason);
 
 // Pattern view redraw requests that follow the player.
 constexpr uint32_t kRedrawFollowPlayer = 27;

@@ -1,10 +1,14 @@
 #include "app/preferences.h"
 
 #include <algorithm>
+#include <cerrno>
+#include <climits>
 #include <cstdio>
+#include <cstring>
 #include <memory>
 #include <system_error>
 
+#include "files/safe_file_writer.h"
 #include "model/exception.h"
 #include "ui/tokenizer.h"
 
@@ -67,64 +71,139 @@ void ApplyListDefaults(const std::vector<ConfigEntry>& list) {
 
 // ---- Reading ----
 
-// A minus sign reaches us as a special character of its own.
-int32_t ReadSignedNumber(Tokenizer& tokenizer) {
-    const bool negative = tokenizer.IsSpecial('-');
-    const auto magnitude = static_cast<uint32_t>(tokenizer.ParseNumber());
-    return static_cast<int32_t>(negative ? 0u - magnitude : magnitude);
-}
+bool IsSpecial(const Token& token, char c) { return token.kind == TokenKind::Special && token.character == c; }
 
-void ReadList(Tokenizer& tokenizer, const std::vector<ConfigEntry>& list, bool root);
+std::string Quoted(std::string_view text) { return "\"" + std::string(text) + "\""; }
 
-void ReadValue(Tokenizer& tokenizer, const ConfigEntry& entry) {
-    switch (entry.type) {
-        case kConfigBoolean: {
-            const std::string word = tokenizer.ParseName();
-            if (word != "true" && word != "false") {
-                throw ParseException("Config::Load(): Bad boolean value for " + entry.name);
-            }
-            StoreNumber(entry, word == "true");
-            return;
-        }
-        case kConfigInteger: StoreNumber(entry, ReadSignedNumber(tokenizer)); return;
-        case kConfigByte: StoreNumber(entry, std::clamp(ReadSignedNumber(tokenizer), 0, 255)); return;
-        case kConfigRangedByte:
-            StoreNumber(entry, std::clamp(ReadSignedNumber(tokenizer), entry.minimum, entry.maximum));
-            return;
-        case kConfigString: {
-            std::string text = tokenizer.ParseString();
-            if (auto* s = std::get_if<std::string*>(&entry.bound)) **s = std::move(text);
-            return;
-        }
+// A token as the messages show what was found.
+std::string Found(const Token& token) {
+    switch (token.kind) {
+        case TokenKind::Name: return Quoted(token.text);
+        case TokenKind::String: return Quoted(token.text) + " in double quotes";
+        case TokenKind::Integer: return Quoted(std::to_string(token.value));
+        case TokenKind::Float: return "a number with a fraction";
+        case TokenKind::Special: return Quoted(std::string(1, token.character));
         default: break;
     }
-    const std::string word = tokenizer.ParseName();
-    const auto options = SplitOptions(entry.options);
-    const auto found = std::find(options.begin(), options.end(), word);
-    if (found == options.end()) {
-        throw ParseException("Config::Load(): Unknown option " + word + " for " + entry.name);
-    }
-    StoreNumber(entry, static_cast<int32_t>(found - options.begin()));
+    return "the end of the file";
 }
 
-void ReadEntry(Tokenizer& tokenizer, const std::vector<ConfigEntry>& list) {
-    const std::string name = tokenizer.ParseName();
-    const auto entry = std::find_if(list.begin(), list.end(),
-                                    [&](const ConfigEntry& e) { return e.name == name; });
-    if (entry == list.end()) throw ParseException("Config::Load(): Unknown key " + name);
-    if (entry->type == kConfigSection) {
-        tokenizer.MatchSpecial('{');
-        ReadList(tokenizer, entry->children, false);
-        return;
+// Reads the file's entries into the schema's variables. Every failure throws
+// ParseException "line N: what was wrong", N being the line where the
+// reading stopped.
+class Reader {
+public:
+    explicit Reader(std::string_view text) {
+        tokenizer_.Open(text);
+        tokenizer_.SetLineEndTokens(false);
+        tokenizer_.AddLineCommentCharacter(';');
     }
-    tokenizer.MatchSpecial('=');
-    ReadValue(tokenizer, *entry);
-}
 
-// The root runs to the file end, a section to its closing brace.
-void ReadList(Tokenizer& tokenizer, const std::vector<ConfigEntry>& list, bool root) {
-    while (!(root ? tokenizer.IsFileEnd() : tokenizer.IsSpecial('}'))) ReadEntry(tokenizer, list);
-}
+    // The root runs to the file end.
+    void ReadRoot(const std::vector<ConfigEntry>& root) {
+        for (Token token = Next(); token.kind != TokenKind::FileEnd; token = Next()) {
+            if (IsSpecial(token, '}')) Fail("\"}\" without a section to close");
+            ReadEntry(token, root, nullptr);
+        }
+    }
+
+private:
+    [[noreturn]] void Fail(const std::string& what) const { FailAt(tokenizer_.TokenLine(), what); }
+    [[noreturn]] static void FailAt(int line, const std::string& what) {
+        throw ParseException("line " + std::to_string(line) + ": " + what);
+    }
+
+    // The tokenizer's own failures, in the words of this file.
+    Token Next() {
+        Token token;
+        try {
+            tokenizer_.GetNextToken(token);
+        } catch (const ParseException& error) {
+            const std::string operation = error.Message();
+            if (operation.starts_with("ReadStringToken()")) Fail("text in double quotes must end on its own line");
+            if (operation.starts_with("ReadNumberToken()")) Fail("a number must be only digits");
+            Fail(operation);
+        }
+        return token;
+    }
+
+    void ReadEntry(const Token& key, const std::vector<ConfigEntry>& list, const ConfigEntry* section) {
+        if (key.kind != TokenKind::Name) Fail("expected a key, found " + Found(key));
+        const auto entry = std::find_if(list.begin(), list.end(),
+                                        [&](const ConfigEntry& e) { return e.name == key.text; });
+        if (entry == list.end()) {
+            Fail("unknown key " + Quoted(key.text) + (section ? " in " + Quoted(section->name) : ""));
+        }
+        if (entry->type == kConfigSection) {
+            ReadSection(*entry);
+            return;
+        }
+        if (!IsSpecial(Next(), '=')) Fail("expected \"=\" after " + Quoted(entry->name));
+        ReadValue(*entry);
+    }
+
+    // A section runs to its closing brace.
+    void ReadSection(const ConfigEntry& section) {
+        const int opened = tokenizer_.TokenLine();
+        if (!IsSpecial(Next(), '{')) Fail("expected \"{\" after " + Quoted(section.name));
+        for (Token token = Next(); !IsSpecial(token, '}'); token = Next()) {
+            if (token.kind == TokenKind::FileEnd) FailAt(opened, Quoted(section.name) + " is missing its closing \"}\"");
+            ReadEntry(token, section.children, &section);
+        }
+    }
+
+    void ReadValue(const ConfigEntry& entry) {
+        switch (entry.type) {
+            case kConfigBoolean: {
+                const Token word = Next();
+                if (word.kind != TokenKind::Name || (word.text != "true" && word.text != "false")) {
+                    Fail(Quoted(entry.name) + " must be true or false, not " + Found(word));
+                }
+                StoreNumber(entry, word.text == "true");
+                return;
+            }
+            case kConfigInteger:
+                StoreNumber(entry, ReadNumber(entry, INT32_MIN, INT32_MAX));
+                return;
+            case kConfigByte: StoreNumber(entry, ReadNumber(entry, 0, 255)); return;
+            case kConfigRangedByte: StoreNumber(entry, ReadNumber(entry, entry.minimum, entry.maximum)); return;
+            case kConfigString: {
+                Token text = Next();
+                if (text.kind != TokenKind::String) {
+                    Fail(Quoted(entry.name) + " must be text in double quotes, not " + Found(text));
+                }
+                if (auto* s = std::get_if<std::string*>(&entry.bound)) **s = std::move(text.text);
+                return;
+            }
+            default: break;
+        }
+        const Token word = Next();
+        const auto options = SplitOptions(entry.options);
+        const auto found = word.kind == TokenKind::Name ? std::find(options.begin(), options.end(), word.text)
+                                                        : options.end();
+        if (found == options.end()) {
+            std::string names;
+            for (const auto& option : options) names += (names.empty() ? "" : ", ") + option;
+            Fail(Quoted(entry.name) + " must be one of " + names + ", not " + Found(word));
+        }
+        StoreNumber(entry, static_cast<int32_t>(found - options.begin()));
+    }
+
+    // A whole number held within low..high. A minus sign reaches us as a
+    // special character of its own, and a number too large for a token
+    // lies beyond either end.
+    int32_t ReadNumber(const ConfigEntry& entry, int32_t low, int32_t high) {
+        Token token = Next();
+        const bool negative = IsSpecial(token, '-');
+        if (negative) token = Next();
+        if (token.kind != TokenKind::Integer) Fail(Quoted(entry.name) + " must be a whole number, not " + Found(token));
+        if (token.clamped) return negative ? low : high;
+        const int64_t value = negative ? -int64_t{token.value} : token.value;
+        return static_cast<int32_t>(std::clamp<int64_t>(value, low, high));
+    }
+
+    Tokenizer tokenizer_;
+};
 
 // ---- Writing ----
 
@@ -262,22 +341,27 @@ void Config::Load(const std::filesystem::path& path) {
         loaded = true;  // no file yet: the defaults stand
         return;
     }
+    // Messages name the file in full, as the user would look for it.
+    std::error_code error;
+    const std::string shown = std::filesystem::absolute(path, error).lexically_normal().string();
     std::string text;
     char buffer[4096];
     std::size_t count = 0;
     while ((count = std::fread(buffer, 1, sizeof buffer, file.get())) > 0) text.append(buffer, count);
-    if (std::ferror(file.get())) throw FileIOException("Config::Load(): Couldn't read " + path.string());
-    LoadText(text);
+    if (std::ferror(file.get())) {
+        throw FileIOException(shown + ": the file can't be read (" + std::strerror(errno) + ")");
+    }
+    try {
+        LoadText(text);
+    } catch (const ParseException& failure) {
+        throw ParseException(shown + ", " + failure.Message());
+    }
 }
 
 void Config::LoadText(std::string_view text) {
     loaded = false;
     ApplyDefaults();
-    Tokenizer tokenizer;
-    tokenizer.Open(text);
-    tokenizer.SetLineEndTokens(false);
-    tokenizer.AddLineCommentCharacter(';');
-    ReadList(tokenizer, root_, true);
+    Reader(text).ReadRoot(root_);
     loaded = true;
 }
 
@@ -288,13 +372,9 @@ std::string Config::Text() const {
 }
 
 void Config::Write(const std::filesystem::path& path) const {
+    // Through a temporary file: a full disk keeps the settings that were there.
     const std::string text = Text();
-    File file(std::fopen(path.string().c_str(), "w"));
-    if (!file) throw FileIOException("Config::Write(): Couldn't open " + path.string());
-    if (std::fwrite(text.data(), 1, text.size(), file.get()) != text.size() ||
-        std::fclose(file.release()) != 0) {
-        throw FileIOException("Config::Write(): Couldn't write " + path.string());
-    }
+    ReplaceFileContents(path, text.data(), text.size());
 }
 
 std::vector<ConfigEntry> PreferencesSchema(Preferences& prefs) {

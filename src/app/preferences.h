@@ -74,9 +74,12 @@ public:
 
     // Sets every bound variable to its default, then reads the file. A file
     // that can't be opened leaves the defaults; a malformed one throws
-    // ParseException. `loaded` is true only when no exception was thrown.
+    // ParseException "FULL PATH, line N: what was wrong", one that can't be
+    // read FileIOException "FULL PATH: ...". Numbers beyond an entry's range
+    // are held at its nearest end. `loaded` is true only when no exception
+    // was thrown.
     void Load(const std::filesystem::path& path);
-    // The same for text already in memory.
+    // The same for text already in memory; its messages begin at "line N".
     void LoadText(std::string_view text);
     // Throws FileIOException when the file can't be written.
     void Write(const std::filesystem::path& path) const;

@@ -24,7 +24,11 @@ const char* WhatItIs(mode_t mode) {
 }  // namespace
 
 UniqueFile OpenRegularFile(const std::string& path) {
-    // Without O_NONBLOCK, opening a pipe would wait for a writer before the check below.
+    struct stat named {};
+    if (::stat(path.c_str(), &named) != 0) throw FileIOException(std::strerror(errno));
+    if (!S_ISREG(named.st_mode)) throw FileIOException(WhatItIs(named.st_mode));
+    // Checked again on what was opened, in case the name changed meanwhile;
+    // without O_NONBLOCK a pipe put there would hold the open until a writer came.
     const int fd = ::open(path.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC);
     if (fd < 0) throw FileIOException(std::strerror(errno));
     struct stat info {};

@@ -36,11 +36,16 @@ mode_t CurrentUmask() {
 // The file a save to `target` really writes: a symbolic link (or a chain of
 // them) is followed to the file it names, which need not exist yet.
 fs::path ResolveLinks(const fs::path& target) {
-    std::error_code error;
-    if (!fs::is_symlink(fs::symlink_status(target, error))) return target;
-    const fs::path resolved = fs::weakly_canonical(target, error);
-    if (error) Fail(error.value(), "can't follow the link " + target.string());
-    return resolved;
+    constexpr int kMostLinks = 40;  // as the system allows in one path
+    fs::path path = target;
+    for (int followed = 0; followed <= kMostLinks; ++followed) {
+        std::error_code error;
+        if (!fs::is_symlink(fs::symlink_status(path, error))) return path;
+        const fs::path next = fs::read_symlink(path, error);
+        if (error) Fail(error.value(), "can't follow the link " + path.string());
+        path = next.is_absolute() ? next : path.parent_path() / next;
+    }
+    Fail(ELOOP, "can't follow the link " + target.string());
 }
 
 }  // namespace

@@ -43,6 +43,7 @@ void Tokenizer::Open(const char* text, std::size_t size) {
     text_.assign(text, size);
     offset_ = 0;
     line_ = 1;
+    tokenLine_ = 1;
     fileEndDelivered_ = false;
 }
 
@@ -65,6 +66,7 @@ void Tokenizer::GetNextToken(Token& token) {
     if (fileEndDelivered_) Fail("GetNextToken(): File end passed");
     token = Token{};
     for (;;) {
+        tokenLine_ = line_;
         if (AtEnd()) {
             token.kind = TokenKind::FileEnd;
             fileEndDelivered_ = true;
@@ -139,34 +141,40 @@ void Tokenizer::ReadString(Token& token) {
 }
 
 // The first character is a digit, "$" (hexadecimal) or "." (a float whose
-// whole-number part is zero). Values wrap around in 32 bits. Only five fraction digits
+// whole-number part is zero). A whole number beyond what the token holds is
+// held at the top of its range (see Token::clamped). Only five fraction digits
 // count; later ones are read and dropped.
 void Tokenizer::ReadNumber(char first, Token& token) {
+    // Digits stop adding once the value is past every range it is held to,
+    // so it can't wrap around.
+    constexpr uint64_t kPastEveryRange = uint64_t{1} << 33;
     const std::size_t start = offset_ - 1;
     bool hex = first == '$';
     bool isFloat = first == '.';
-    uint32_t value = IsDigit(first) ? static_cast<uint32_t>(first - '0') : 0;
+    uint64_t value = IsDigit(first) ? static_cast<uint64_t>(first - '0') : 0;
     uint32_t fraction = 0;
     uint32_t divisor = 1;
+    const auto addDigit = [&](uint64_t base, int digit) {
+        value = std::min(value * base + static_cast<uint64_t>(digit), kPastEveryRange);
+    };
     while (!AtEnd()) {
         const char c = text_[offset_];
         if (EndsWord(c)) break;
         ++offset_;
         const bool second = offset_ - start == 2;
         if (IsDigit(c)) {
-            const auto digit = static_cast<uint32_t>(c - '0');
             if (hex) {
-                value = value * 16 + digit;
+                addDigit(16, c - '0');
             } else if (isFloat) {
                 if (divisor < 100000) {
-                    fraction = fraction * 10 + digit;
+                    fraction = fraction * 10 + static_cast<uint32_t>(c - '0');
                     divisor *= 10;
                 }
             } else {
-                value = value * 10 + digit;
+                addDigit(10, c - '0');
             }
         } else if (hex && HexDigit(c) >= 0) {
-            value = value * 16 + static_cast<uint32_t>(HexDigit(c));
+            addDigit(16, HexDigit(c));
         } else if (c == '.' && !hex && !isFloat) {
             isFloat = true;
             fraction = 0;
@@ -177,14 +185,16 @@ void Tokenizer::ReadNumber(char first, Token& token) {
             Fail("ReadNumberToken(): Failed");
         }
     }
+    const uint64_t top = hex ? UINT32_MAX : INT32_MAX;
+    token.clamped = value > top;
+    const auto held = static_cast<uint32_t>(std::min(value, top));
     if (isFloat) {
-        const float number = static_cast<float>(fraction) / static_cast<float>(divisor) +
-                             static_cast<float>(static_cast<int32_t>(value));
+        const float number = static_cast<float>(fraction) / static_cast<float>(divisor) + static_cast<float>(held);
         token.kind = TokenKind::Float;
         token.value = std::bit_cast<int32_t>(number);
     } else {
         token.kind = TokenKind::Integer;
-        token.value = static_cast<int32_t>(value);
+        token.value = static_cast<int32_t>(held);
     }
 }
 

@@ -35,6 +35,11 @@ struct Token {
     // One 32-bit field: the integer for Integer, the bits of the float for
     // Float, the keyword's number for Keyword, 0 otherwise.
     int32_t value = 0;
+    // Integer, and the whole-number part of Float: the digits stood for more
+    // than value holds, and it is held
+    // at the top of its range: 2147483647 for a decimal number, all 32 bits
+    // set for a hexadecimal one (which gives bit patterns such as colours).
+    bool clamped = false;
 
     int32_t IntValue() const { return value; }
     float FloatValue() const;
@@ -75,6 +80,10 @@ public:
     Position SavePosition() const { return {offset_, line_, fileEndDelivered_}; }
     void RestorePosition(const Position& position);
     int Line() const { return line_; }
+    // The line of the last token read, or of the one whose reading failed; a
+    // line end token belongs to the line it ends. Restoring a position leaves
+    // it, so after a failed try it still points at what did not fit.
+    int TokenLine() const { return tokenLine_; }
 
     // The token as it appears in messages.
     static std::string Describe(const Token& token);
@@ -133,6 +142,7 @@ private:
     std::string text_;
     std::size_t offset_ = 0;
     int line_ = 1;
+    int tokenLine_ = 1;
     bool fileEndDelivered_ = false;
 };
 

@@ -167,7 +167,11 @@ TEST_F(ApplicationTest, PreferencesThatCantBeReadOrWritten) {
         Application app(platform, paths);
         EXPECT_EQ(app.Run("sondrel"), 1);
     }
-    EXPECT_EQ(platform.log, (std::vector<std::string>{"message Couldn't load the preferences file (sondrel.prefs)."}));
+    const std::string fullPath = fs::absolute(platform.preferencesFile).lexically_normal().string();
+    EXPECT_EQ(platform.log, (std::vector<std::string>{
+                                "message Couldn't load the preferences file (sondrel.prefs).\n" + fullPath +
+                                ", line 1: \"fullscreen\" must be true or false, not \"maybe\"\n"
+                                "Fix or remove that file; without it Sondrel starts with the default settings."}));
     EXPECT_EQ(platform.PreferencesState(), " (old preferences)");
 
     // A display that can't be opened ends the program at once, preferences unwritten.
@@ -193,9 +197,40 @@ TEST_F(ApplicationTest, PreferencesThatCantBeReadOrWritten) {
         Application app(platform, paths, ExitAfter(2));
         EXPECT_EQ(app.Run("sondrel"), 0);
     }
-    EXPECT_EQ(platform.log, (std::vector<std::string>{"open display", "title Sondrel", "sound create",
-                                                      "title Sondrel  ", "message Couldn't save the configuration file.",
-                                                      "close display"}));
+    ASSERT_EQ(platform.log.size(), 6u);
+    EXPECT_EQ(platform.log[4].rfind("message Couldn't save the configuration file.\nNo such file or directory", 0), 0u)
+        << platform.log[4];
+    platform.log.erase(platform.log.begin() + 4);
+    EXPECT_EQ(platform.log,
+              (std::vector<std::string>{"open display", "title Sondrel", "sound create", "title Sondrel  ", "close display"}));
+}
+
+// The preferences and the crash save on a disk that has filled up: each
+// failure is told with its reason, and the preferences file stays as it was.
+TEST_F(ApplicationTest, AFullDiskKeepsThePreferencesAndTellsTheCrashSaveFailed) {
+    test::SmallDisk disk;
+    if (!disk.Mounted()) GTEST_SKIP() << disk.Why();
+    paths.preferencesDirectory = disk / "";
+    platform.preferencesFile = disk / "sondrel.prefs";
+    WritePreferences("sound_output { volume = 70 }\n");
+    disk.Fill();
+    {
+        Application app(platform, paths, {.faultAfterFrames = 2, .screenshot = {}});
+        EXPECT_EQ(app.Run("sondrel"), kExitAfterCrash);
+    }
+    const std::string crashName = CrashFileName({2007, 3, 4, 5, 6, 7});
+    const std::string crashTold = "message " + CrashSaveFailedMessage(disk / crashName, "");
+    EXPECT_EQ(std::count_if(platform.log.begin(), platform.log.end(),
+                            [&](const std::string& line) {
+                                return line.starts_with(crashTold) && line.ends_with("\nNo space left on device");
+                            }),
+              1)
+        << testing::PrintToString(platform.log);
+    EXPECT_EQ(std::count(platform.log.begin(), platform.log.end(),
+                         "message Couldn't save the configuration file.\nNo space left on device"),
+              1);
+    EXPECT_EQ(platform.PreferencesState(), " (old preferences)");
+    EXPECT_EQ(disk.Names(), (std::vector<std::string>{"filler", "sondrel.prefs"}));
 }
 
 TEST_F(ApplicationTest, ASkinThatCantBeLoadedShowsTheLoadersMessageAndEnds) {
@@ -203,8 +238,10 @@ TEST_F(ApplicationTest, ASkinThatCantBeLoadedShowsTheLoadersMessageAndEnds) {
     const fs::path skin = scratch / "program" / "skins" / "default.skin";
     const std::string empty = "<skin name=\"bare\" author=\"\" picture=\"default.png\">\n</skin>\n";
     test::WriteBytes(skin, std::vector<unsigned char>(empty.begin(), empty.end()));
-    const std::string missingWindow = "message Skin item name not found\nskit_data_.name: BGT_WINDOW";
-    for (const std::string& message : {missingWindow, std::string("message Load(): Couldn't open file")}) {
+    const std::string shown = fs::absolute(skin).lexically_normal().string();
+    const std::string missingWindow = "message Skin item name not found\nskit_data_.name: BGT_WINDOW\nin " + shown;
+    const std::string missingFile = "message Load(): Couldn't open file\n" + shown + " (No such file or directory)";
+    for (const std::string& message : {missingWindow, missingFile}) {
         platform.log.clear();
         Application app(platform, paths);
         EXPECT_EQ(app.Run("sondrel"), 1);

@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <array>
+#include <cstdint>
 #include <filesystem>
 #include <string>
 
@@ -121,27 +122,100 @@ TEST(PreferencesFile, PartialFilesKeepTheOtherDefaultsAndNumbersAreClamped) {
     config.LoadText("sound_output { volume = -5 } midi_in { midi_in_device_id = -1 }");
     EXPECT_EQ(prefs.volume, 0);
     EXPECT_EQ(prefs.midiInDeviceId, 0);
+    config.LoadText("sound_output { volume = 99999999999999999999999 }");
+    EXPECT_EQ(prefs.volume, 100);
 }
 
-TEST(PreferencesFile, MalformedFilesFailAndStayUnloaded) {
-    const char* const bad[] = {
-        "appeareance { fullscreen = yes }",
-        "appeareance { fullscreen = 1 }",
-        "appeareance { colour = \"red\" }",
-        "volume = 5",
-        "sound_output { volume 5 }",
-        "sound_output volume = 5 }",
-        "sound_output { volume = 5",
-        "sound_output { volume = \"5\" }",
-        "appeareance { skin = default }",
-        "appeareance { skin = \"open }",
+TEST(PreferencesFile, MalformedFilesSayWhereAndWhatAndStayUnloaded) {
+    const struct {
+        const char* text;
+        const char* message;
+    } cases[] = {
+        {"appeareance { fullscreen = yes }", "line 1: \"fullscreen\" must be true or false, not \"yes\""},
+        {"appeareance {\n\tfullscreen = 1 }", "line 2: \"fullscreen\" must be true or false, not \"1\""},
+        {"appeareance {\n\tcolour = \"red\"\n}", "line 2: unknown key \"colour\" in \"appeareance\""},
+        {"volume = 5", "line 1: unknown key \"volume\""},
+        {"; settings\nsound_output {\n\tvolume 5 }", "line 3: expected \"=\" after \"volume\""},
+        {"sound_output volume = 5 }", "line 1: expected \"{\" after \"sound_output\""},
+        {"sound_output { = 5 }", "line 1: expected a key, found \"=\""},
+        {"sound_output { volume = 5 }\n}", "line 2: \"}\" without a section to close"},
+        // The line where the section opened, not where the file ends.
+        {"\nsound_output {\n\tvolume = 5\n\n", "line 2: \"sound_output\" is missing its closing \"}\""},
+        {"sound_output { volume = \"5\" }", "line 1: \"volume\" must be a whole number, not \"5\" in double quotes"},
+        {"sound_output { volume = 5.5 }", "line 1: \"volume\" must be a whole number, not a number with a fraction"},
+        {"sound_output { volume = - }", "line 1: \"volume\" must be a whole number, not \"}\""},
+        {"sound_output { volume = 12ab }", "line 1: a number must be only digits"},
+        {"appeareance { skin = default }", "line 1: \"skin\" must be text in double quotes, not \"default\""},
+        {"appeareance {\n\tskin = \"open }\n}", "line 2: text in double quotes must end on its own line"},
     };
-    for (const char* text : bad) {
+    for (const auto& c : cases) {
         Preferences prefs;
         Config config = MakePreferencesConfig(prefs);
         config.loaded = true;
-        EXPECT_THROW(config.LoadText(text), ParseException) << text;
-        EXPECT_FALSE(config.loaded) << text;
+        try {
+            config.LoadText(c.text);
+            ADD_FAILURE() << c.text << ": loaded";
+        } catch (const ParseException& e) {
+            EXPECT_EQ(e.Message(), c.message) << c.text;
+        }
+        EXPECT_FALSE(config.loaded) << c.text;
+    }
+
+    // From a file, the message begins with its full path, even when named relatively.
+    ScratchDir dir;
+    WriteText(dir / "sondrel.prefs", "sound_output {\n\tvolum = 5\n}\n");
+    const auto saved = std::filesystem::current_path();
+    std::filesystem::current_path(dir.Path());
+    Preferences prefs;
+    Config config = MakePreferencesConfig(prefs);
+    std::string message;
+    try {
+        config.Load("./sondrel.prefs");
+    } catch (const ParseException& e) {
+        message = e.Message();
+    }
+    std::filesystem::current_path(saved);
+    EXPECT_EQ(message, (std::filesystem::absolute(dir.Path()) / "sondrel.prefs").lexically_normal().string() +
+                           ", line 2: unknown key \"volum\" in \"sound_output\"");
+    // A file that opens but can't be read.
+    try {
+        config.Load(dir.Path());
+        ADD_FAILURE() << "a directory loaded";
+    } catch (const FileIOException& e) {
+        EXPECT_EQ(e.Message().rfind(dir.Path().string() + ": the file can't be read (", 0), 0u) << e.Message();
+    }
+    EXPECT_FALSE(config.loaded);
+}
+
+TEST(PreferencesFile, NumbersOfEveryKindAreHeldWithinTheirRangeHoweverLarge) {
+    int32_t integer = 1;
+    uint8_t byte = 1;
+    uint8_t ranged = 1;
+    Config config({ConfigEntry::Integer("integer", 0, &integer), ConfigEntry::Byte("byte", 0, &byte),
+                   ConfigEntry::RangedByte("ranged", 50, 10, 100, &ranged)},
+                  {});
+    const struct {
+        const char* number;
+        int32_t integer;
+        int byte, ranged;
+    } cases[] = {
+        {"99999999999999999999999", INT32_MAX, 255, 100},
+        {"-99999999999999999999999", INT32_MIN, 0, 10},
+        {"4294967296", INT32_MAX, 255, 100},  // 2 to the 32nd: all low bits clear
+        {"2147483648", INT32_MAX, 255, 100},
+        {"-2147483648", INT32_MIN, 0, 10},
+        {"-2147483647", -2147483647, 0, 10},
+        {"2147483647", INT32_MAX, 255, 100},
+        {"256", 256, 255, 100},
+        {"101", 101, 101, 100},
+        {"7", 7, 7, 10},
+    };
+    for (const auto& c : cases) {
+        const std::string n = c.number;
+        config.LoadText("integer = " + n + " byte = " + n + " ranged = " + n);
+        EXPECT_EQ(integer, c.integer) << n;
+        EXPECT_EQ(byte, c.byte) << n;
+        EXPECT_EQ(ranged, c.ranged) << n;
     }
 }
 

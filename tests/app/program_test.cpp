@@ -3,7 +3,10 @@
 
 #include <gtest/gtest.h>
 
+#include <sys/stat.h>
+
 #include <algorithm>
+#include <chrono>
 #include <cstring>
 #include <ctime>
 #include <string>
@@ -123,6 +126,17 @@ TEST_F(ProgramTest, AFaultInTheLoopLeavesALoadableCrashFileNamedByTheUtcTime) {
     EXPECT_EQ(found, 1);
     // Shutdown still ran after the crash save.
     EXPECT_TRUE(fs::exists(dir / "sondrel.prefs"));
+}
+
+// A named pipe on the command line is refused at once, not waited on, and
+// the program starts on a new module.
+TEST_F(ProgramTest, APipeOnTheCommandLineIsRefusedAndTheProgramStarts) {
+    ASSERT_EQ(::mkfifo((dir / "pipe.sdrltk").c_str(), 0600), 0);
+    const auto start = std::chrono::steady_clock::now();
+    const ProgramRun run = Run("SONDREL_EXIT_AFTER_FRAMES=3", "pipe.sdrltk");
+    EXPECT_EQ(run.exitCode, 0) << run.output;
+    EXPECT_NE(run.output.find("Couldn't load module.\nIt is a named pipe, not a file"), std::string::npos) << run.output;
+    EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(10));
 }
 
 }  // namespace

@@ -1,6 +1,10 @@
 #include <gtest/gtest.h>
 
+#include <unistd.h>
+
+#include <cstdlib>
 #include <cstring>
+#include <filesystem>
 #include <string>
 #include <vector>
 
@@ -129,6 +133,73 @@ TEST(CliTest, ExportsTheDemoSongAsVgmAndMidiAndReportsFailures) {
     run = Cli("export-midi " + Demo() + " " + (dir / "no" / "x.mid").string());
     EXPECT_EQ(run.exitCode, 1);
     EXPECT_NE(run.output.find("Couldn't write the MIDI file."), std::string::npos) << run.output;
+}
+
+// Every command that writes, onto a disk that has filled up: exit code 1 with
+// the failure and its reason, and the file that was there stays as it was.
+TEST(CliTest, WritesOntoAFullDiskFailAndKeepTheOldFile) {
+    test::SmallDisk disk;
+    if (!disk.Mounted()) GTEST_SKIP() << disk.Why();
+    const std::string target = (disk / "song.sdrltk").string();
+    ASSERT_EQ(Cli("convert " + Demo() + " " + target).exitCode, 0);
+    const auto good = test::ReadBytes(target);
+    disk.Fill();
+    const struct {
+        std::string command;
+        const char* failure;
+    } cases[] = {
+        {"convert " + Demo() + " " + target, "Couldn't save module."},
+        {"export-vgm " + Demo() + " " + target, "Couldn't write the VGM file."},
+        {"export-midi " + Demo() + " " + target, "Couldn't write the MIDI file."},
+        {"render " + Demo() + " " + target + " --seconds 1", "Couldn't write the WAV file."},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.command);
+        const RunResult run = Cli(c.command);
+        EXPECT_EQ(run.exitCode, 1);
+        EXPECT_NE(run.output.find(c.failure), std::string::npos) << run.output;
+        EXPECT_NE(run.output.find("No space left on device"), std::string::npos) << run.output;
+        EXPECT_EQ(run.output.find("Saved"), std::string::npos) << run.output;
+        EXPECT_EQ(run.output.find("Wrote"), std::string::npos) << run.output;
+        EXPECT_EQ(test::ReadBytes(target), good);
+    }
+    EXPECT_EQ(disk.Names(), (std::vector<std::string>{"filler", "song.sdrltk"}));
+}
+
+// What can't be read says why: a missing file, one the user may not read,
+// and things that are not files, refused at once rather than waited on.
+TEST(CliTest, FilesThatCantBeReadSayWhy) {
+    test::ScratchDir dir;
+    ASSERT_EQ(std::system(("mkfifo " + (dir / "pipe.sdrltk").string()).c_str()), 0);
+    std::filesystem::copy_file(Demo(), dir / "private.sdrltk");
+    std::filesystem::permissions(dir / "private.sdrltk", std::filesystem::perms::owner_write);
+    std::filesystem::permissions(dir.Path(), std::filesystem::perms(0755));
+    const struct {
+        std::string file;
+        const char* reason;
+    } cases[] = {
+        {(dir / "missing.sdrltk").string(), "No such file or directory"},
+        {(dir / "pipe.sdrltk").string(), "It is a named pipe, not a file"},
+        {dir.Path().string(), "It is a folder, not a file"},
+    };
+    for (const auto& c : cases) {
+        const RunResult run = Cli("info " + c.file);
+        EXPECT_EQ(run.exitCode, 1);
+        EXPECT_NE(run.output.find(std::string("Couldn't load module.\n  ") + c.reason), std::string::npos)
+            << run.output;
+    }
+    // Only a user other than root can be refused a file.
+    RunResult denied;
+    if (geteuid() == 0) {
+        denied.exitCode = test::RunCommand("setpriv --reuid=nobody --regid=nogroup --clear-groups " +
+                                               (test::BinaryDir() / "sondrel-cli").string() + " info " +
+                                               (dir / "private.sdrltk").string(),
+                                           denied.output);
+    } else {
+        denied = Cli("info " + (dir / "private.sdrltk").string());
+    }
+    EXPECT_EQ(denied.exitCode, 1);
+    EXPECT_NE(denied.output.find("Couldn't load module.\n  Permission denied"), std::string::npos) << denied.output;
 }
 
 }  // namespace

@@ -287,6 +287,40 @@ TEST_F(MusicianTest, TypesNotesUndoesRedoesPlaysSavesAndQuitsThroughTheMenu) {
         EXPECT_EQ(shown.Region(GridRow(row)) != fresh.Region(GridRow(row)), filled.count(row) == 1) << "row " << row;
 }
 
+// Saving rebuilds the recent entries of the File menu: with a menu hanging
+// open, every save key saves and the open menu goes on being drawn and used.
+TEST_F(MusicianTest, SavesWithEverySaveKeyWhileAMenuIsOpen) {
+    const fs::path song = dir / "song.sdrltk";
+    fs::copy_file(test::SourceDir() / "data" / "demo.sdrltk", song);
+    auto program = Start(ShellQuoted(song.string()));
+    unsigned long window = 0;
+    ASSERT_NO_FATAL_FAILURE(WaitForMainScreen(window));
+    DropDownMenuBar bar(MainMenuTitles({}), kScreenWidth);
+    const std::vector<std::string> saveKeys{"ctrl+s", "ctrl+b", "ctrl+n", "ctrl+m", "ctrl+comma", "ctrl+period",
+                                            "ctrl+slash"};
+    for (size_t i = 0; i < saveKeys.size(); ++i) {
+        SCOPED_TRACE(saveKeys[i]);
+        ASSERT_TRUE(Keys("q"));
+        ASSERT_TRUE(TitleBecomes(window, kChangedTitle));
+        const Gorb_Rect title = bar.TitleRect(static_cast<int>(i % 2));
+        ASSERT_TRUE(ClickAt(window, {title.x + title.w / 2 - 3, title.h / 2}));
+        ASSERT_TRUE(Keys(saveKeys[i]));
+        ASSERT_TRUE(TitleBecomes(window, kCleanTitle)) << "not saved\n" << Log();
+        // The open menu is drawn for a few frames after the save and still takes the keyboard.
+        ASSERT_TRUE(Keys("Down Down Escape Escape"));
+        ASSERT_TRUE(Settled(window)) << Log();
+        ASSERT_FALSE(program->Wait(0.2)) << "the program ended\n" << Log();
+    }
+    for (const auto& entry : fs::directory_iterator(app))
+        EXPECT_EQ(entry.path().filename().string().rfind("crash(", 0), std::string::npos) << entry.path();
+    ImportOptionsProvider options;
+    const auto module = LoadNewModule(song.string(), options);
+    ASSERT_TRUE(module);
+    EXPECT_EQ(module->title, "Four Corners");
+    ASSERT_TRUE(ChooseFileMenu(window, "Quit...")) << Log();
+    ASSERT_EQ(program->Wait(kStepSeconds), 0) << Log();
+}
+
 TEST_F(MusicianTest, LoadsAModuleThroughTheFileRequesterAndAsksBeforeClosingWithChanges) {
     fs::create_directories(dir / "songs");
     const fs::path song = dir / "songs" / "corners.sdrltk";

@@ -186,6 +186,27 @@ TEST_F(DispatcherTest, FilesThatFailAreToldAndASaveMarksTheModuleSaved) {
     EXPECT_EQ(prompts.messages.back().rfind(std::string(kCouldNotSaveModule) + "\nThe folder ", 0), 0u);
     EXPECT_TRUE(undo.IsModified());
 
+    // A full disk: the save and the exports are refused with the reason and
+    // the file on the disk stays; the module is still unsaved.
+    if (test::SmallDisk disk; disk.Mounted()) {
+        const fs::path target = disk / "song.sdrltk";
+        host.answer = target.string();
+        Menu(kMenuSaveModuleAs);
+        ASSERT_FALSE(undo.IsModified());
+        const auto good = test::ReadBytes(target);
+        disk.Fill();
+        for (int command : {kMenuSaveModuleAs, kMenuExportVgm, kMenuExportMidi}) {
+            Modify();
+            prompts.messages.clear();
+            Menu(command);
+            ASSERT_EQ(prompts.messages.size(), 1u) << command;
+            EXPECT_TRUE(prompts.messages[0].ends_with("\nNo space left on device")) << prompts.messages[0];
+            EXPECT_TRUE(undo.IsModified());
+            EXPECT_EQ(test::ReadBytes(target), good);
+        }
+        EXPECT_TRUE(prompts.messages[0].starts_with(kCouldNotWriteMidi));
+    }
+
     // Exports ask under their format's title; the compact replay format only says it isn't there.
     host.requests.clear();
     host.answer = (*scratch / "song.vgm").string();

@@ -75,6 +75,54 @@ TEST(TokenizerNumbers, DecimalsFractionsSignsAndHexadecimal) {
     EXPECT_EQ(ShapeOf("$ff"), "N:$ff $");
 }
 
+TEST(TokenizerNumbers, TooLargeNumbersAreHeldAtTheTopOfTheirRangeAndSaySo) {
+    const auto clampedFlags = [](const std::string& text, bool hex) {
+        Tokenizer tokenizer;
+        tokenizer.Open(text);
+        tokenizer.SetHexNumbers(hex);
+        std::string flags;
+        for (const Token& t : TokensOf(tokenizer))
+            if (t.kind != TokenKind::FileEnd) flags += t.clamped ? '!' : '.';
+        return flags;
+    };
+    const char* const decimal = "2147483647 2147483648 4294967296 99999999999999999999999999999";
+    EXPECT_EQ(ShapeOf(decimal), "I:2147483647 I:2147483647 I:2147483647 I:2147483647 $");
+    EXPECT_EQ(clampedFlags(decimal, false), ".!!!");
+    // Hexadecimal numbers keep all 32 bits as a pattern and are held beyond them.
+    const char* const hex = "$FFFFFFFF $100000000 0xFFFFFFFFFFFFFFFFFFFF $80000000";
+    EXPECT_EQ(ShapeOf(hex, HexOn), "I:-1 I:-1 I:-1 I:-2147483648 $");
+    EXPECT_EQ(clampedFlags(hex, true), ".!!.");
+    EXPECT_EQ(ShapeOf("99999999999999999999.5"), "F:2147483648.000000 $");
+}
+
+TEST(TokenizerText, TokenLineIsWhereTheLastTokenOrTheFailureStands) {
+    Tokenizer tokenizer;
+    tokenizer.Open("a\n\n  b ;c\n\nd\n");
+    tokenizer.AddLineCommentCharacter(';');
+    // a, its line end, the empty line's, b, the empty line's (the comment took
+    // its own line end), d, its line end, the file end
+    const int expected[] = {1, 1, 2, 3, 4, 5, 5, 6};
+    for (int line : expected) {
+        Token token;
+        tokenizer.GetNextToken(token);
+        EXPECT_EQ(tokenizer.TokenLine(), line) << Tokenizer::Describe(token);
+    }
+    // A failed try leaves it at the token that did not fit.
+    tokenizer.Open("x\n\ny");
+    tokenizer.SetLineEndTokens(false);
+    tokenizer.MatchName("x");
+    EXPECT_FALSE(tokenizer.IsName("z"));
+    EXPECT_EQ(tokenizer.TokenLine(), 3);
+    tokenizer.Open("1\n\"open\n");
+    tokenizer.ParseNumber();
+    EXPECT_EQ(FailureOf([&] {
+                  tokenizer.MatchLineEnd();
+                  tokenizer.ParseString();
+              }),
+              "ReadStringToken(): End of line reached");
+    EXPECT_EQ(tokenizer.TokenLine(), 2);
+}
+
 TEST(TokenizerText, Failures) {
     const char* const number = "ReadNumberToken(): Failed";
     EXPECT_EQ(TokenizeFailure("12ab"), number);

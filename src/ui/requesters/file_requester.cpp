@@ -154,6 +154,7 @@ bool FileRequester::Choose(const std::string& name) {
             !requesters_.AskQuestion("The file " + name + " already exists. Shall it be overwritten?", "Yes", "No"))
             return false;
     } else if (!fs::is_regular_file(path, error)) {
+        requesters_.ShowMessage(std::string(kFileNotFound) + "\n" + name);
         return false;
     }
     chosen_ = path.lexically_normal().string();

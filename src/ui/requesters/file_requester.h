@@ -18,6 +18,9 @@ class Requesters;
 class TextLine;
 class Window;
 
+// Loading a name that is not there: this line, then the name.
+inline constexpr char kFileNotFound[] = "File not found.";
+
 class FileRequester {
 public:
     // Widget ids.
@@ -43,6 +46,9 @@ private:
     void Build(const std::string& title);
     // True when the requester is answered (chosen or cancelled).
     bool Handle(const QueueEntry& entry);
+    // A name typed or chosen: a directory is entered, a file chosen. A name
+    // to load that is no file is refused with a message, and the requester
+    // stays open.
     bool Accept();
     bool Choose(const std::string& name);
     void ChangeDirectory(const std::string& path);

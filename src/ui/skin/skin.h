@@ -50,6 +50,7 @@ struct SkinFont {
     int embolden = 0;
     bool mono = false;
     bool defined = false;
+    int line = 0;  // where its entry stands in the skin file, for messages
 };
 
 enum class SkinIconType { Single, Multi };  // one image, or several side by side

@@ -2,6 +2,7 @@
 
 #include "model/exception.h"
 #include "platform/program_dirs.h"
+#include "ui/skin/skin_files.h"
 #include "ui/skin/skin_reader.h"
 
 namespace sondrel {
@@ -26,11 +27,22 @@ void CheckRequiredKeys(const Skin& skin, const SkinRequirements& required) {
 
 void SkinLibrary::LoadSkin(const std::string& fileName) {
     SkinFile file = ReadSkinFile(directory_, fileName);
-    CheckRequiredKeys(file.skin, required_);
+    // A missing key is missing from the whole file; a font that can't be
+    // opened is named where its entry stands.
+    try {
+        CheckRequiredKeys(file.skin, required_);
+    } catch (const Exception&) {
+        RethrowInFile(directory_ / fileName);
+    }
 
     auto loaded = std::make_unique<Loaded>();
     for (const auto& [name, font] : file.skin.fonts) {
-        loaded->fonts[name] = Gorb_CreateFont(directory_ / "fonts" / font.fileName, font.size, font.embolden, font.mono);
+        try {
+            loaded->fonts[name] =
+                Gorb_CreateFont(directory_ / "fonts" / font.fileName, font.size, font.embolden, font.mono);
+        } catch (const Exception&) {
+            RethrowInFile(directory_ / fileName, font.line);
+        }
     }
     loaded->picture = Gorb_CreateTexture(*file.picture);
     loaded->skin = std::move(file.skin);

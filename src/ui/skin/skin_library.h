@@ -25,8 +25,9 @@ public:
 
     // Reads the skin file in the skin directory, checks that every required
     // key is defined, opens its fonts (from the "fonts" directory) and makes
-    // the picture a texture. Throws ParseException or FileIOException, and
-    // then keeps the skin it had.
+    // the picture a texture. Throws ParseException or FileIOException, whose
+    // message names the file and the line that failed, and then keeps the
+    // skin it had.
     void LoadSkin(const std::string& fileName);
 
     bool HasSkin() const { return current_ != nullptr; }

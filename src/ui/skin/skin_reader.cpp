@@ -2,24 +2,15 @@
 
 #include <algorithm>
 #include <array>
-#include <fstream>
 #include <optional>
-#include <sstream>
 #include <vector>
 
 #include "model/exception.h"
+#include "ui/skin/skin_files.h"
 #include "ui/skin/theme_reader.h"
 #include "ui/tokenizer.h"
 
 namespace sondrel {
-
-std::string ReadSkinText(const std::filesystem::path& path) {
-    std::ifstream in(path, std::ios::binary);
-    if (!in) throw FileIOException("Load(): Couldn't open file");
-    std::ostringstream text;
-    text << in.rdbuf();
-    return text.str();
-}
 
 namespace {
 
@@ -98,7 +89,7 @@ private:
         } else if (tokenizer_.IsTagOpen("include_themes")) {
             const std::string name = tokenizer_.ReadKeyString("name");
             MatchTagEnd();
-            for (Theme& theme : ReadThemes(ReadSkinText(directory_ / "themes" / name))) {
+            for (Theme& theme : ReadThemeFile(directory_ / "themes" / name)) {
                 skin.themes.push_back(std::move(theme));
             }
         } else if (tokenizer_.IsTagOpen("cfg")) {
@@ -136,6 +127,7 @@ private:
 
     void ReadFont(Skin& skin) {
         SkinFont font;
+        font.line = tokenizer_.TokenLine();
         font.name = tokenizer_.ReadKeyString("name");
         font.fileName = tokenizer_.ReadKeyString("filename");
         if (auto size = OptionalNumbers("size", 1)) font.size = (*size)[0];
@@ -212,6 +204,10 @@ private:
         return values;
     }
 
+public:
+    int Line() const { return tokenizer_.TokenLine(); }
+
+private:
     std::filesystem::path directory_;
     Tokenizer tokenizer_;
 };
@@ -219,7 +215,13 @@ private:
 }  // namespace
 
 SkinFile ReadSkinFile(const std::filesystem::path& directory, const std::string& fileName) {
-    return SkinParser(directory, ReadSkinText(directory / fileName)).Read();
+    const std::filesystem::path path = directory / fileName;
+    SkinParser parser(directory, ReadSkinText(path));
+    try {
+        return parser.Read();
+    } catch (const Exception&) {
+        RethrowInFile(path, parser.Line());
+    }
 }
 
 }  // namespace sondrel

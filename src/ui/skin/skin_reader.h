@@ -29,12 +29,10 @@ struct SkinFile {
     std::unique_ptr<Gorb_Surface> picture;  // converted, magenta transparent
 };
 
-// The file's whole text; throws FileIOException when it can't be read.
-std::string ReadSkinText(const std::filesystem::path& path);
-
 // Reads directory/fileName. The picture lies in directory, theme files in
 // directory/themes. Throws ParseException on syntax errors and
-// FileIOException when a file can't be read.
+// FileIOException when a file can't be read, each naming the file and the
+// line where reading stopped (see skin_files.h).
 SkinFile ReadSkinFile(const std::filesystem::path& directory, const std::string& fileName);
 
 }  // namespace sondrel

@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "model/exception.h"
+#include "ui/skin/skin_files.h"
 #include "ui/tokenizer.h"
 
 namespace sondrel {
@@ -29,6 +30,8 @@ public:
         tokenizer_.SetHexNumbers(true);
         tokenizer_.SetKeywordTable(ThemeColourKeywords());
     }
+
+    int Line() const { return tokenizer_.TokenLine(); }
 
     std::vector<Theme> ReadAll() {
         std::vector<Theme> themes;
@@ -138,5 +141,14 @@ private:
 }  // namespace
 
 std::vector<Theme> ReadThemes(std::string_view text) { return ThemeParser(text).ReadAll(); }
+
+std::vector<Theme> ReadThemeFile(const std::filesystem::path& path) {
+    ThemeParser parser(ReadSkinText(path));
+    try {
+        return parser.ReadAll();
+    } catch (const Exception&) {
+        RethrowInFile(path, parser.Line());
+    }
+}
 
 }  // namespace sondrel

@@ -18,6 +18,7 @@
 // Colour names are keywords, hexadecimal numbers are on and ";" starts a
 // comment. Colours a theme leaves out are 0.
 
+#include <filesystem>
 #include <string_view>
 #include <vector>
 
@@ -27,5 +28,8 @@ namespace sondrel {
 
 // Throws ParseException on any syntax error.
 std::vector<Theme> ReadThemes(std::string_view text);
+// The same for a file; its failures name the file and the line (see
+// skin_files.h), and one that can't be read throws FileIOException.
+std::vector<Theme> ReadThemeFile(const std::filesystem::path& path);
 
 }  // namespace sondrel

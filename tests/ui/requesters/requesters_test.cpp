@@ -163,7 +163,7 @@ TEST_F(FileRequesterTest, QuittingDuringTheOverwriteQuestionCancelsBoth) {
     EXPECT_TRUE(toolkit.Stack().size() == 1 && main->Active());
 }
 
-TEST_F(FileRequesterTest, LoadingWalksDirectoriesAndIgnoresMissingFiles) {
+TEST_F(FileRequesterTest, LoadingWalksDirectoriesAndRefusesMissingFilesWithAMessage) {
     fs::create_directories(dir / "sub" / "inner");
     std::ofstream(dir / "sub" / "tune.sdrltk") << "x";
     std::ofstream(dir / "sub" / "notes.txt") << "x";
@@ -176,7 +176,18 @@ TEST_F(FileRequesterTest, LoadingWalksDirectoriesAndIgnoresMissingFiles) {
         TypeName("missing.sdrltk");
     });
     Then([&] {
+        const Window* message = toolkit.FindWindow(kMessageWindowId);
+        ASSERT_NE(message, nullptr);
+        EXPECT_EQ(message->Title(), "Message");
+        const auto* text = dynamic_cast<const MessageText*>(message->Widgets().front().get());
+        ASSERT_NE(text, nullptr);
+        EXPECT_EQ(text->Lines(), (std::vector<std::string>{"File not found.", "missing.sdrltk"}));
+        ClickWidget(kMessageWindowId, 0);
+    });
+    Then([&] {
+        EXPECT_EQ(toolkit.FindWindow(kMessageWindowId), nullptr);
         ASSERT_NE(toolkit.FindWindow(kFileRequesterWindowId), nullptr);
+        EXPECT_EQ(NameEntry().Text(), "missing.sdrltk");
         QueueKey(kKeyEscape);
     });
     EXPECT_EQ(Request(false), "");

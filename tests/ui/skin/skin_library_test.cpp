@@ -116,7 +116,7 @@ TEST_F(SkinLibraryTest, FontsIconsConfigsAndThemesLoad) {
     EXPECT_EQ(library_->Picture().Width(), 64);
 }
 
-TEST_F(SkinLibraryTest, FailuresNameTheirKeyAndKeepTheCurrentSkin) {
+TEST_F(SkinLibraryTest, FailuresNameTheirKeyFileAndLineAndKeepTheCurrentSkin) {
     // The good skin has what every case requires; the bad one fails on its own entry or on a missing key.
     Load(R"(<item name="GT_BUTTON" rect="0,0,4,4" />
 <scol name="CUR" rect="0,0,1,1" />
@@ -125,7 +125,10 @@ TEST_F(SkinLibraryTest, FailuresNameTheirKeyAndKeepTheCurrentSkin) {
 <cfg name="menu_bar">
 )",
          {}, "good");
-    // A bad skin's body, or a key the skin has to define and lacks.
+    Write("themes/broken.theme", "theme {\nname = \"x\"\nauthor = \"y\"\ncolors {\nnot_a_colour = 1\n}\n}\n");
+    const std::string directory = std::filesystem::absolute(dir_.Path()).lexically_normal().string();
+    const std::string skin = "\nin " + directory + "/bad.skin";
+    // A bad skin's body (from line 2), or a key the skin has to define and lacks.
     using KeyList = std::vector<std::string> SkinRequirements::*;
     struct Case {
         std::string body;
@@ -134,18 +137,36 @@ TEST_F(SkinLibraryTest, FailuresNameTheirKeyAndKeepTheCurrentSkin) {
         std::string message;
     };
     const Case cases[] = {
-        {"", &SkinRequirements::items, "BGT_BUTTON", "Skin item name not found\nskit_data_.name: BGT_BUTTON"},
-        {"", &SkinRequirements::colourAreas, "SCUR", "Skin col name not found\nscol_data_.name: SCUR"},
-        {"", &SkinRequirements::fonts, "default", "Font name not found"},
-        {"", &SkinRequirements::icons, "play", "Icon name not found"},
-        {"", &SkinRequirements::configs, "menu_bar", "Config name not found\ncfg.name: menu_bar\n"},
-        {"<cfg name=\"no_such\">\n", nullptr, "", "Config name not found\ncfg.name: no_such\n"},
-        {"<icon name=\"x\" rect=\"0,0,1,1\" ctype=\"double\" />\n", nullptr, "", "Icon ctype must be single or multi: double"},
-        {"<item rect=\"0,0,1,1\" name=\"x\" />\n", nullptr, "", "MatchName(): Failed"},
-        {"<item name=\"x\" rect=\"0,0,1\" />\n", nullptr, "", "MatchSpecial(): Failed"},
-        {"<item name=\"x\" rect=\"0,0,1,1\" num=\"1\" hvr=\"2\" />\n", nullptr, "", "MatchSpecial(): Failed"},
-        {"<include_themes name=\"missing.theme\" />\n", nullptr, "", "Load(): Couldn't open file"},
-        {"<widget name=\"x\" />\n", nullptr, "", "Parse error in skin file"},
+        {"", &SkinRequirements::items, "BGT_BUTTON", "Skin item name not found\nskit_data_.name: BGT_BUTTON" + skin},
+        {"", &SkinRequirements::colourAreas, "SCUR", "Skin col name not found\nscol_data_.name: SCUR" + skin},
+        {"", &SkinRequirements::fonts, "default", "Font name not found" + skin},
+        {"", &SkinRequirements::icons, "play", "Icon name not found" + skin},
+        // This message ends its own last line.
+        {"", &SkinRequirements::configs, "menu_bar", "Config name not found\ncfg.name: menu_bar" + skin},
+        {"<cfg name=\"no_such\">\n", nullptr, "", "Config name not found\ncfg.name: no_such" + skin + ", line 2"},
+        {"<icon name=\"x\" rect=\"0,0,1,1\" ctype=\"double\" />\n", nullptr, "",
+         "Icon ctype must be single or multi: double" + skin + ", line 2"},
+        {"<item rect=\"0,0,1,1\" name=\"x\" />\n", nullptr, "", "MatchName(): Failed" + skin + ", line 2"},
+        {"<item name=\"x\"\n\n  rect=\"0,0,1\" />\n", nullptr, "", "MatchSpecial(): Failed" + skin + ", line 4"},
+        {"<item name=\"x\" rect=\"0,0,1,1\" num=\"1\" hvr=\"2\" />\n", nullptr, "",
+         "MatchSpecial(): Failed" + skin + ", line 2"},
+        {"<include_themes name=\"missing.theme\" />\n", nullptr, "",
+         "Load(): Couldn't open file\n" + directory + "/themes/missing.theme (No such file or directory)" + skin +
+             ", line 2"},
+        // A theme's failure names the theme file, then where the skin includes it.
+        {"<!-- a comment\n  over two lines -->\n<include_themes name=\"broken.theme\" />\n", nullptr, "",
+         "ReadTheme(): Unknown colour name not_a_colour\nin " + directory + "/themes/broken.theme, line 5" + skin +
+             ", line 4"},
+        {"<item name=\"x\" rect=\"0,0,1,1\" />\n<widget name=\"x\" />\n", nullptr, "",
+         "Parse error in skin file" + skin + ", line 3"},
+    };
+    const auto failureOf = [&](SkinLibrary& library, const std::string& file) {
+        try {
+            library.LoadSkin(file);
+        } catch (const Exception& e) {
+            return e.Message();
+        }
+        return std::string("loaded");
     };
     for (const Case& c : cases) {
         SCOPED_TRACE(c.body);
@@ -154,16 +175,27 @@ TEST_F(SkinLibraryTest, FailuresNameTheirKeyAndKeepTheCurrentSkin) {
         if (c.list) required.*c.list = {c.key};
         SkinLibrary library(dir_.Path(), required);
         library.LoadSkin("good.skin");
-        try {
-            library.LoadSkin("bad.skin");
-            ADD_FAILURE() << "loaded";
-        } catch (const Exception& e) {
-            EXPECT_EQ(e.Message(), c.message);
-        }
+        EXPECT_EQ(failureOf(library, "bad.skin"), c.message);
         EXPECT_EQ(library.Current().name, "good");
     }
+
+    // A picture or font the skin names and the system can't open: its name, and
+    // where the skin names it.
+    Write("bad.skin", "<skin name=\"bad\" author=\"\" picture=\"nowhere.png\">\n</skin>\n");
+    std::string message = failureOf(*library_, "bad.skin");
+    EXPECT_NE(message.find("nowhere.png"), std::string::npos) << message;
+    EXPECT_TRUE(message.ends_with(skin + ", line 1")) << message;
+    Write("bad.skin", "<skin name=\"bad\" author=\"\" picture=\"pic.png\">\n\n<font name=\"f\" filename=\"gone.ttf\" />\n"
+                      "</skin>\n");
+    message = failureOf(*library_, "bad.skin");
+    EXPECT_NE(message.find("gone.ttf"), std::string::npos) << message;
+    EXPECT_TRUE(message.ends_with(skin + ", line 3")) << message;
+
+    EXPECT_EQ(failureOf(*library_, "absent.skin"),
+              "Load(): Couldn't open file\n" + directory + "/absent.skin (No such file or directory)");
     EXPECT_THROW(library_->LoadSkin("absent.skin"), FileIOException);
     EXPECT_THROW(library_->Current().Item("BNONE"), ParseException);
+    EXPECT_EQ(library_->Current().name, "good");
 }
 
 // The skin the program ships, as the build lays it out with its fonts: every
