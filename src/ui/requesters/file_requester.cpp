@@ -145,6 +145,21 @@ bool FileRequester::Accept() {
     return Choose(name);
 }
 
+namespace {
+
+// What a name that is no regular file names, for the message that refuses it.
+const char* WhatItIs(fs::file_type type) {
+    switch (type) {
+        case fs::file_type::fifo: return "a named pipe.";
+        case fs::file_type::block:
+        case fs::file_type::character: return "a device.";
+        case fs::file_type::socket: return "a socket.";
+        default: return "not a regular file.";
+    }
+}
+
+}  // namespace
+
 bool FileRequester::Choose(const std::string& name) {
     std::error_code error;
     const fs::path path = fs::absolute(name, error);
@@ -153,8 +168,11 @@ bool FileRequester::Choose(const std::string& name) {
         if (fs::exists(path, error) &&
             !requesters_.AskQuestion("The file " + name + " already exists. Shall it be overwritten?", "Yes", "No"))
             return false;
-    } else if (!fs::is_regular_file(path, error)) {
+    } else if (!fs::exists(path, error)) {
         requesters_.ShowMessage(std::string(kFileNotFound) + "\n" + name);
+        return false;
+    } else if (!fs::is_regular_file(path, error)) {
+        requesters_.ShowMessage(std::string(kNotAFile) + "\n" + name + " is " + WhatItIs(fs::status(path, error).type()));
         return false;
     }
     chosen_ = path.lexically_normal().string();

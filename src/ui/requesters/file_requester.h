@@ -20,6 +20,7 @@ class Window;
 
 // Loading a name that is not there: this line, then the name.
 inline constexpr char kFileNotFound[] = "File not found.";
+inline constexpr char kNotAFile[] = "This is not a file.";
 
 class FileRequester {
 public:

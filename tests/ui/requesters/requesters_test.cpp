@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include <sys/stat.h>
+
 #include <deque>
 #include <filesystem>
 #include <fstream>
@@ -167,6 +169,7 @@ TEST_F(FileRequesterTest, LoadingWalksDirectoriesAndRefusesMissingFilesWithAMess
     fs::create_directories(dir / "sub" / "inner");
     std::ofstream(dir / "sub" / "tune.sdrltk") << "x";
     std::ofstream(dir / "sub" / "notes.txt") << "x";
+    ASSERT_EQ(::mkfifo((dir / "sub" / "pipe").c_str(), 0600), 0);
     const fs::path sub = fs::canonical(dir / "sub");
     Then([&] { TypeName("sub"); });
     Then([&] {
@@ -175,21 +178,30 @@ TEST_F(FileRequesterTest, LoadingWalksDirectoriesAndRefusesMissingFilesWithAMess
         ASSERT_GE(List().LineCount(), 2);
         TypeName("missing.sdrltk");
     });
+    // A missing name, then one that is no file: each is told and the requester stays.
+    const auto refused = [&](const std::string& name, const std::vector<std::string>& lines) {
+        Then([&, name, lines] {
+            const Window* message = toolkit.FindWindow(kMessageWindowId);
+            ASSERT_NE(message, nullptr);
+            EXPECT_EQ(message->Title(), "Message");
+            const auto* text = dynamic_cast<const MessageText*>(message->Widgets().front().get());
+            ASSERT_NE(text, nullptr);
+            EXPECT_EQ(text->Lines(), lines);
+            ClickWidget(kMessageWindowId, 0);
+        });
+        Then([&, name] {
+            EXPECT_EQ(toolkit.FindWindow(kMessageWindowId), nullptr);
+            ASSERT_NE(toolkit.FindWindow(kFileRequesterWindowId), nullptr);
+            EXPECT_EQ(NameEntry().Text(), name);
+        });
+    };
+    refused("missing.sdrltk", {"File not found.", "missing.sdrltk"});
     Then([&] {
-        const Window* message = toolkit.FindWindow(kMessageWindowId);
-        ASSERT_NE(message, nullptr);
-        EXPECT_EQ(message->Title(), "Message");
-        const auto* text = dynamic_cast<const MessageText*>(message->Widgets().front().get());
-        ASSERT_NE(text, nullptr);
-        EXPECT_EQ(text->Lines(), (std::vector<std::string>{"File not found.", "missing.sdrltk"}));
-        ClickWidget(kMessageWindowId, 0);
+        NameEntry().SetText("");
+        TypeName("pipe");
     });
-    Then([&] {
-        EXPECT_EQ(toolkit.FindWindow(kMessageWindowId), nullptr);
-        ASSERT_NE(toolkit.FindWindow(kFileRequesterWindowId), nullptr);
-        EXPECT_EQ(NameEntry().Text(), "missing.sdrltk");
-        QueueKey(kKeyEscape);
-    });
+    refused("pipe", {"This is not a file.", "pipe is a named pipe."});
+    Then([&] { QueueKey(kKeyEscape); });
     EXPECT_EQ(Request(false), "");
     EXPECT_EQ(fs::current_path(), sub);  // the next requester opens here
 
