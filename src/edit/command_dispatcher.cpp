@@ -282,8 +282,8 @@ void CommandDispatcher::NewModule() {
     if (!ConfirmLosing(kConfirmNew)) return;
     auto fresh = std::make_unique<Module>();
     fresh->NewModule({kDivider1x, kChipNtsc});
-    host_.ReplaceModule(std::move(fresh));
-    EditModuleSettings(ctx_, dialogs_, true);
+    NewModuleWithSettings(ctx_, dialogs_, std::move(fresh),
+                          [this](std::unique_ptr<Module> module) { host_.ReplaceModule(std::move(module)); });
 }
 
 void CommandDispatcher::LoadModule() {

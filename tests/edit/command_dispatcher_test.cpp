@@ -142,8 +142,25 @@ TEST_F(DispatcherTest, LosingChangesIsConfirmedAndNoAbandonsTheCommand) {
         prompts.answers = {true};
         Menu(c.command);
         if (c.command == kMenuQuit) EXPECT_TRUE(dispatcher.QuitRequested());
-        else EXPECT_EQ(host.replaced, 1);
+        else EXPECT_EQ(host.replaced, c.command == kMenuNewModule ? 0 : 1);
     }
+
+    // "New module settings" cancelled after "Yes": the song stays as it was,
+    // changes and all. Answered, the new module replaces it.
+    Modify();
+    const Module before = *module;
+    prompts.answers = {true};
+    Menu(kMenuNewModule);
+    EXPECT_EQ(*module, before);
+    EXPECT_TRUE(undo.IsModified());
+    EXPECT_EQ(host.replaced, 0);
+    dialogs.moduleSettings = SettingsOf(Module{});
+    dialogs.moduleSettings->title = "Fresh";
+    prompts.answers = {true};
+    Menu(kMenuNewModule);
+    EXPECT_EQ(host.replaced, 1);
+    EXPECT_EQ(module->title, "Fresh");
+    EXPECT_EQ(module->patternListLength, 1);
     // A loaded module is not modified: loading again asks nothing.
     prompts.answers = {true};
     Menu(kMenuLoadModule);

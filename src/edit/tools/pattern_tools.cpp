@@ -90,23 +90,48 @@ bool ResizePattern(EditorContext& ctx, ToolDialogs& dialogs) {
     return true;
 }
 
-bool EditModuleSettings(EditorContext& ctx, ToolDialogs& dialogs, bool newModule) {
-    {
-        std::lock_guard<AudioMutex> lock(ctx.audioMutex);
-        ctx.song.Stop();
-    }
-    auto settings = newModule ? dialogs.NewModuleSettings(SettingsOf(ctx.module))
-                              : dialogs.EditModuleSettings(SettingsOf(ctx.module));
+namespace {
+
+void StopSong(EditorContext& ctx) {
     std::lock_guard<AudioMutex> lock(ctx.audioMutex);
+    ctx.song.Stop();
+}
+
+void ApplyModuleSettingsCommand(EditorContext& ctx, const ModuleSettings& settings);
+
+}  // namespace
+
+bool EditModuleSettings(EditorContext& ctx, ToolDialogs& dialogs) {
+    StopSong(ctx);
+    const auto settings = dialogs.EditModuleSettings(SettingsOf(ctx.module));
     if (!settings) return false;
+    ApplyModuleSettingsCommand(ctx, *settings);
+    return true;
+}
+
+bool NewModuleWithSettings(EditorContext& ctx, ToolDialogs& dialogs, std::unique_ptr<Module> fresh,
+                           const std::function<void(std::unique_ptr<Module>)>& replace) {
+    StopSong(ctx);
+    const auto settings = dialogs.NewModuleSettings(SettingsOf(*fresh));
+    if (!settings) return false;
+    replace(std::move(fresh));
+    ApplyModuleSettingsCommand(ctx, *settings);
+    return true;
+}
+
+namespace {
+
+void ApplyModuleSettingsCommand(EditorContext& ctx, const ModuleSettings& settings) {
+    std::lock_guard<AudioMutex> lock(ctx.audioMutex);
     ctx.undo.BeginRepeatPosition();
-    ApplyModuleSettings(ctx.module, *settings);
+    ApplyModuleSettings(ctx.module, settings);
     ctx.undo.EndRepeatPosition();
     ctx.song.ReloadSettings();
     ctx.notes.ConfigureChip(ctx.module.chipType, ctx.module.frequencyDivider);
     ctx.view.Invalidate(kRedrawAll);
-    return true;
 }
+
+}  // namespace
 
 bool ChangeInstruments(EditorContext& ctx, ToolDialogs& dialogs) {
     return AskAndSweep(ctx, [&] { return dialogs.ChangeInstruments(ctx.module); }, ApplyChangeInstruments);

@@ -5,6 +5,9 @@
 // records one undo entry. All but the pattern and module settings do nothing
 // while the song plays; the dialog-driven ones return false when cancelled.
 
+#include <functional>
+#include <memory>
+
 #include "edit/editor_context.h"
 #include "edit/tools/tool_dialogs.h"
 
@@ -20,7 +23,12 @@ bool EditPatternSettings(EditorContext& ctx, ToolDialogs& dialogs);
 bool ResizePattern(EditorContext& ctx, ToolDialogs& dialogs);
 // Stops the song first and applies the settings under the audio mutex; only
 // the repeat position can be taken back.
-bool EditModuleSettings(EditorContext& ctx, ToolDialogs& dialogs, bool newModule = false);
+bool EditModuleSettings(EditorContext& ctx, ToolDialogs& dialogs);
+// "New module settings" for a module made but not yet the edited one. With
+// the answer, replace(fresh) makes it the edited module and the settings are
+// applied to it; after Cancel the edited module is left as it was.
+bool NewModuleWithSettings(EditorContext& ctx, ToolDialogs& dialogs, std::unique_ptr<Module> fresh,
+                           const std::function<void(std::unique_ptr<Module>)>& replace);
 
 bool ChangeInstruments(EditorContext& ctx, ToolDialogs& dialogs);
 bool CopyChannels(EditorContext& ctx, ToolDialogs& dialogs);
