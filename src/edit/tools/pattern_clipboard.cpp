@@ -12,6 +12,11 @@ Pattern& ShownPattern(const EditorContext& ctx) { return ctx.module.patterns[ctx
 }  // namespace
 
 bool PatternClipboard::Copy(EditorContext& ctx) {
+    if (ctx.song.Playing()) return false;
+    return CopyFrame(ctx);
+}
+
+bool PatternClipboard::CopyFrame(EditorContext& ctx) {
     const Pattern& pattern = ShownPattern(ctx);
     auto block = ClipBlock(ctx.view.GetSelection(), pattern.length);
     if (!block) return false;
@@ -29,7 +34,7 @@ bool PatternClipboard::Cut(EditorContext& ctx) {
     if (ctx.song.Playing()) return false;
     const uint8_t number = ctx.view.State().currentPattern;
     ctx.undo.BeginWholePattern(number, ctx.view.SaveState());
-    Copy(ctx);
+    CopyFrame(ctx);
     ClearBlock(ctx.module.patterns[number], ctx.view.GetSelection());
     ctx.undo.EndWholePattern(ctx.view.SaveState());
     ctx.view.Invalidate(kPasteRedraw);

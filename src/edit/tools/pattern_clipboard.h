@@ -15,7 +15,8 @@ namespace sondrel {
 class PatternClipboard {
 public:
     // Fills the clipboard from the frame in the view's pattern; a frame that
-    // holds no cell leaves it as it was. Records nothing.
+    // holds no cell leaves it as it was. Records nothing. Like the other two,
+    // it does nothing while the song plays.
     bool Copy(EditorContext& ctx);
     // Copies, then empties the frame's cells, as one whole-pattern undo entry.
     bool Cut(EditorContext& ctx);
@@ -32,6 +33,8 @@ public:
     const PatternCell& Cell(int row, int column) const { return cells_[row][column]; }
 
 private:
+    bool CopyFrame(EditorContext& ctx);
+
     std::array<std::array<PatternCell, kCellColumns>, kMaxLines> cells_{};
     bool hasContent_ = false;
     int32_t rows_ = 0;

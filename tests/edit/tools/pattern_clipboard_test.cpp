@@ -123,9 +123,13 @@ TEST_F(PatternClipboardTest, CutCopiesThenClearsAsOneEntry) {
     EXPECT_EQ(clipboard.Columns(), 1);
     ExpectUndoAndRedo(*before, *Snapshot());
 
+    // While the song plays none of the three does anything: the clipboard keeps what it had.
     song.Start(0, 0, false);
+    Select(3, 0, 1, 1);
     EXPECT_FALSE(clipboard.Cut(ctx));
+    EXPECT_FALSE(clipboard.Copy(ctx));
     EXPECT_FALSE(clipboard.Paste(ctx, true));
+    EXPECT_EQ(clipboard.Rows(), 3);
 }
 
 }  // namespace
