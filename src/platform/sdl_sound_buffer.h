@@ -1,11 +1,13 @@
 #pragma once
 // The looping sound buffer on an SDL audio device (44100 Hz, 16-bit stereo):
 // the device's callback plays the buffer round and round and moves the play
-// cursor on. With no device, or the dummy audio driver, Create fails and the
-// program stays silent.
+// cursor on. When no sound card opens, or SDL_AUDIODRIVER=dummy asks for it,
+// the buffer plays silently into SDL's dummy driver, its cursor still moving
+// at the real rate, so playback runs exactly as with speakers.
 
 #include <array>
 #include <atomic>
+#include <chrono>
 #include <cstdint>
 
 #include "sound/sound_buffer.h"
@@ -28,12 +30,19 @@ public:
     bool Lock(uint32_t offset, uint32_t bytes, SoundBufferRegions& regions) override;
     void Unlock(const SoundBufferRegions& written) override;
 
+    // Whether the open device is SDL's dummy driver (nothing is heard).
+    bool IsSilent() const;
+
 private:
+    bool OpenDevice();
     static void Callback(void* self, uint8_t* stream, int length);
 
     uint32_t device_ = 0;
     bool startedAudio_ = false;
+    bool startedDummy_ = false;
+    bool silent_ = false;
     bool locked_ = false;
+    std::chrono::steady_clock::time_point playStart_{};
     std::atomic<uint32_t> playCursor_{0};
     std::array<uint8_t, kSoundBufferBytes> data_{};
 };

@@ -114,13 +114,14 @@ protected:
 
     void TearDown() override { alarm(0); }
 
-    // The program in its scratch folder, playing into no sound card at the
-    // pace of a real one. (The X and display libraries keep allocations a
-    // sanitizer build's leak checker would count against the program.)
+    // The program in its scratch folder, playing into SDL's silent dummy
+    // driver, which keeps the pace of a real sound card. (The X and display
+    // libraries keep allocations a sanitizer build's leak checker would count
+    // against the program.)
     std::unique_ptr<ChildProcess> Start(const std::string& arguments, const std::string& environment = "") {
         return std::make_unique<ChildProcess>(
-            "cd " + ShellQuoted(app.string()) + " && exec env -u SDL_VIDEODRIVER ASAN_OPTIONS=detect_leaks=0 SDL_AUDIODRIVER=disk " +
-            "SDL_DISKAUDIOFILE=/dev/null HOME=" + ShellQuoted(dir.Path().string()) + " XDG_CONFIG_HOME=" +
+            "cd " + ShellQuoted(app.string()) + " && exec env -u SDL_VIDEODRIVER ASAN_OPTIONS=detect_leaks=0 SDL_AUDIODRIVER=dummy " +
+            "HOME=" + ShellQuoted(dir.Path().string()) + " XDG_CONFIG_HOME=" +
             ShellQuoted((dir / "config").string()) + " " + environment + " timeout -k 2 60 ./sondrel " + arguments +
             " >> " + ShellQuoted((dir / "program.log").string()) + " 2>&1");
     }
@@ -240,11 +241,15 @@ TEST_F(MusicianTest, TypesNotesUndoesRedoesPlaysSavesAndQuitsThroughTheMenu) {
     ASSERT_TRUE(Keys("q w e Down Down t Right Right Right r ctrl+y ctrl+z"));
     ASSERT_TRUE(TitleBecomes(window, kChangedTitle));
 
-    // Playing shows the play marker moving over the grid; then stop.
+    // Playing shows the play marker moving over the grid, line after line,
+    // with no sound card; then stop.
     auto before = Settled(window);
     ASSERT_TRUE(before);
     ASSERT_TRUE(Keys("ctrl+p"));
     EXPECT_TRUE(Changes(window, *before, grid)) << "the song didn't start";
+    const auto playing = Look(window);
+    ASSERT_TRUE(playing);
+    EXPECT_TRUE(Changes(window, *playing, grid)) << "the song didn't go on";
     ASSERT_TRUE(Keys("ctrl+p"));
 
     // Back in edit mode a B on line 7 of channel 1 is entered and undone.

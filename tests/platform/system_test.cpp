@@ -42,14 +42,45 @@ TEST(FaultTrap, AFaultOutsideTheTrapStillKillsTheProcess) {
     EXPECT_EXIT(std::raise(SIGILL), ::testing::KilledBySignal(SIGILL), "");
 }
 
+// Without speakers the buffer plays into the dummy driver, whose cursor still
+// moves at 176400 bytes a second, whether the dummy was asked for or is the
+// fallback for a driver that does not open.
+TEST(SdlSoundBuffer, WithoutASoundCardTheCursorStillRunsInRealTime) {
+    for (const char* asked : {"dummy", "no-such-driver"}) {
+        SCOPED_TRACE(asked);
+        test::ScopedEnv driver("SDL_AUDIODRIVER", asked);
+        SdlSoundBuffer buffer;
+        ASSERT_TRUE(buffer.Create()) << SDL_GetError();
+        EXPECT_TRUE(buffer.IsSilent());
+        SoundBufferRegions regions;
+        ASSERT_TRUE(buffer.Lock(0, 1024, regions));
+        buffer.Unlock(regions);
+        ASSERT_TRUE(buffer.Play());
+
+        // Sum the cursor's steps (it wraps every 93 ms) over half a second.
+        const auto start = std::chrono::steady_clock::now();
+        uint32_t last = 0, cursor = 0;
+        uint64_t travelled = 0;
+        while (std::chrono::steady_clock::now() - start < std::chrono::milliseconds(500)) {
+            std::this_thread::sleep_for(std::chrono::milliseconds(2));
+            ASSERT_TRUE(buffer.GetPlayCursor(cursor));
+            EXPECT_EQ(cursor % 4, 0u);
+            travelled += (cursor + kSoundBufferBytes - last) % kSoundBufferBytes;
+            last = cursor;
+        }
+        const double seconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
+        EXPECT_NEAR(static_cast<double>(travelled) / seconds, 176400.0, 176400.0 * 0.05);
+        buffer.Release();
+    }
+}
+
 TEST(Devices, AbsentDevicesFailQuietly) {
-    test::ScopedEnv driver("SDL_AUDIODRIVER", "dummy");
-    SdlSoundBuffer buffer;
-    EXPECT_FALSE(buffer.Create());
+    SdlSoundBuffer buffer;  // never created
     uint32_t cursor = 0;
     EXPECT_FALSE(buffer.GetPlayCursor(cursor));
     SoundBufferRegions regions;
     EXPECT_FALSE(buffer.Lock(0, 1024, regions));
+    EXPECT_FALSE(buffer.Play());
 
     MidiInputPort port;
     const auto ports = static_cast<unsigned>(MidiInputPort::PortNames().size());
