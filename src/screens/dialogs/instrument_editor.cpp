@@ -11,6 +11,7 @@
 #include "screens/main_screen.h"
 #include "ui/entry_kinds.h"
 #include "ui/requesters/requesters.h"
+#include "ui/toolkit.h"
 #include "ui/widgets/image.h"
 #include "ui/widgets/list_box.h"
 #include "ui/widgets/push_button.h"
@@ -31,6 +32,11 @@ constexpr int kFieldGap = 10;
 constexpr std::size_t kNumberLength = 6;
 constexpr int kOctaveShown = 2;  // the octave field shows octave - 2, as the main screen's slider does
 constexpr char kResetQuestion[] = "Do you really want to reset this instrument?";
+// The keyboard piano is otherwise invisible: say where it is and when it listens.
+constexpr const char* kPianoHint[] = {
+    "Keys Z to M and Q to P play this instrument, from the octave set in \"Octave:\".",
+    "A field with the cursor takes the keys: Return or a click on the list frees them.",
+};
 
 template <std::size_t N>
 using Numbers = std::array<TextLine*, N>;
@@ -68,6 +74,7 @@ public:
         : set_(set), shown_(shown), octave_(octave), copied_(copied), requesters_(requesters), preview_(preview) {
         const Gorb_Rect band = form.Row({}, kBandHeight);
         Window& window = *form.GetWindow();
+        window_ = &window;
         list_ = &window.Emplace<ListBox>(form.NextId(), Gorb_Rect{band.x, band.y, kListWidth, band.h});
         list_->SetLineHeight(kListLineHeight);
         list_->SetColumns({{22, "%2d", ""}, {kListWidth - 22 - 2 * ListBox::kBorder, "%24s", ""}});
@@ -98,6 +105,7 @@ public:
         paste_ = button("Paste");
         reset_ = button("Reset...");
         paste_->SetEnabled(copied_.has_value());
+        for (const char* line : kPianoHint) form.Note(line);
 
         ShowInstrument();
         Refresh();
@@ -138,6 +146,9 @@ public:
                 set_[shown_].Reset();
                 ShowInstrument();
             }
+        } else if (entry.kind == kEntryTextReturn) {
+            // Return leaves the field, so the keys play again; a second Return is "Okay".
+            requesters_.Kit().Focus(window_, nullptr);
         } else if (entry.kind == kEntryKeyDown && !KeyTaken(entry.b) && !KeyRepeat(entry.b)) {
             PressKey(KeyCode(entry.a));
         } else if (entry.kind == kEntryKeyUp) {
@@ -205,6 +216,7 @@ private:
     std::optional<Instrument>& copied_;
     Requesters& requesters_;
     const InstrumentPreview& preview_;
+    Window* window_ = nullptr;
     ListBox* list_ = nullptr;
     std::vector<ListLine> listed_;
     Image* picture_ = nullptr;
