@@ -396,15 +396,15 @@ TEST_F(MusicianTest, ImportsAModAnswersItsDialogPlaysSavesAndUndoesAnInstrumentE
     ASSERT_TRUE(TitleBecomes(window, kCleanTitle));
 
     // The instrument editor: a new start volume, "Okay", and the change is
-    // one step of undo. The 520 x 496 editor stands in the middle of the
+    // one step of undo. The 520 x 544 editor stands in the middle of the
     // screen with its start volume field and its "Okay" where given here.
     before = Settled(window);
     ASSERT_TRUE(before);
     ASSERT_TRUE(ClickAt(window, editButton));
     ASSERT_TRUE(RequesterOpens(window, *before)) << "no instrument editor";
-    ASSERT_TRUE(ClickAt(window, {275, 348}));
+    ASSERT_TRUE(ClickAt(window, {275, 324}));
     ASSERT_TRUE(Keys("End BackSpace BackSpace BackSpace BackSpace BackSpace BackSpace 8"));
-    ASSERT_TRUE(ClickAt(window, {516, 525}));
+    ASSERT_TRUE(ClickAt(window, {516, 549}));
     ASSERT_TRUE(TitleBecomes(window, kChangedTitle)) << "the instrument edit changed nothing";
     ASSERT_TRUE(Keys("ctrl+y"));
     ASSERT_TRUE(TitleBecomes(window, kCleanTitle)) << "undo didn't take the edit back";
