@@ -291,10 +291,15 @@ void Painter::TextIn(const Gorb_Font& font, const Gorb_Rect& rect, const std::st
     int x = rect.x;
     if (align == TextAlign::Centre) x += (rect.w - width) / 2;
     if (align == TextAlign::Right) x += rect.w - width;
-    const int y = rect.y + (rect.h - font.Height()) / 2;
+    const int y = TextTop(font, rect.y, rect.h);
     PushClip(rect);
     Text(font, x, y, shown, argb);
     PopClip();
+}
+
+int Painter::TextTop(const Gorb_Font& font, int top, int height) {
+    const int centred = top + (height - TextRowHeight(font)) / 2 - font.InkTop();
+    return std::min(centred, top + height - font.InkBottom());
 }
 
 std::string Painter::Ellipsised(const Gorb_Font& font, const std::string& text, int width) {

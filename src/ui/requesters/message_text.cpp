@@ -12,7 +12,7 @@ int MeasureText(const std::string& text, const Gorb_Font* font) {
 }
 
 int TextLineHeight(const Gorb_Font* font) {
-    return font != nullptr ? std::max(font->Height(), 1) : MessageText::kPlainLineHeight;
+    return font != nullptr ? std::max(Painter::TextRowHeight(*font), 1) : MessageText::kPlainLineHeight;
 }
 
 namespace {
