@@ -29,7 +29,10 @@ struct StretchSource {
 };
 
 enum class TextAlign : uint8_t { Left, Centre, Right };
-enum class TextFit : uint8_t { Clip, Ellipsis };  // text wider than its rectangle: cut off, or cut and end in "..."
+// Text wider than its rectangle: cut off; cut and ended in "..."; or its
+// start cut and replaced by "..." (for paths, at a folder boundary where
+// one is kept).
+enum class TextFit : uint8_t { Clip, Ellipsis, EllipsisFront };
 enum class BevelStyle : uint8_t { Raised, Sunken };
 enum class MarkerStyle : uint8_t { Solid, Dotted };
 
@@ -106,6 +109,9 @@ public:
     static int TextTop(const Gorb_Font& font, int top, int height);
     // The longest start of text that fits width with "..." after it (text itself when it fits).
     static std::string Ellipsised(const Gorb_Font& font, const std::string& text, int width);
+    // "..." and the longest end of text that fits width after it, begun at
+    // its first "/" when it holds one (text itself when it fits).
+    static std::string EllipsisedFront(const Gorb_Font& font, const std::string& text, int width);
 
 private:
     // rect moved by the origin and cut to the clip: the pixels a call may touch.
