@@ -289,6 +289,23 @@ int Gorb_Font::TextWidth(const std::string& text) const {
 
 int Gorb_Font::Height() const { return TTF_FontHeight(font_); }
 
+const Gorb_Font::InkRows& Gorb_Font::Ink() const {
+    if (ink_) return *ink_;
+    // A glyph's rows run from ascent - maxy to ascent - miny in the picture.
+    const int ascent = TTF_FontAscent(font_);
+    InkRows ink{Height(), 0};
+    for (Uint16 ch = 33; ch < 256; ++ch) {
+        if (ch >= 127 && ch < 161) continue;  // DEL and the control characters
+        int minX = 0, maxX = 0, minY = 0, maxY = 0, advance = 0;
+        if (TTF_GlyphMetrics(font_, ch, &minX, &maxX, &minY, &maxY, &advance) != 0 || minY == maxY) continue;
+        ink.top = std::min(ink.top, ascent - maxY);
+        ink.bottom = std::max(ink.bottom, ascent - minY);
+    }
+    if (ink.bottom <= ink.top) ink = {0, Height()};
+    ink_ = InkRows{std::max(0, ink.top), ink.bottom};
+    return *ink_;
+}
+
 // ---- Display and window ----
 
 bool Gorb_Init() {

@@ -9,6 +9,7 @@
 #include <cstdint>
 #include <filesystem>
 #include <memory>
+#include <optional>
 #include <string>
 #include <unordered_map>
 #include <vector>
@@ -150,9 +151,21 @@ public:
     // Draws Latin-1 text with its top left corner at (x, y).
     void Print(Gorb_Surface& target, int x, int y, const std::string& text, uint32_t argb) const;
     int TextWidth(const std::string& text) const;
+    // The font's line height. Printed pictures may run taller: some glyphs
+    // (underscores, accented capitals) reach past it.
     int Height() const;
+    // The rows of a printed picture that any Latin-1 glyph may cover, the top
+    // one and one past the bottom one, counted from the picture's top.
+    int InkTop() const { return Ink().top; }
+    int InkBottom() const { return Ink().bottom; }
 
 private:
+    struct InkRows {
+        int top = 0;
+        int bottom = 0;
+    };
+    const InkRows& Ink() const;
+
     // The same texts come back every frame: their pictures and widths are
     // kept, up to kCachedTexts of each, and all forgotten when that is reached.
     static constexpr std::size_t kCachedTexts = 512;
@@ -161,6 +174,7 @@ private:
     bool mono_;
     mutable std::unordered_map<std::string, std::unique_ptr<Gorb_Surface>> pictures_;  // text and colour
     mutable std::unordered_map<std::string, int> widths_;
+    mutable std::optional<InkRows> ink_;
 };
 
 // ---- Display and window ----

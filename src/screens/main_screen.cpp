@@ -13,6 +13,7 @@
 #include "ui/widgets/slider.h"
 #include "ui/widgets/speed_button.h"
 #include "ui/widgets/text_line.h"
+#include "ui/widgets/value_label.h"
 #include "ui/window.h"
 
 namespace sondrel {
@@ -27,22 +28,23 @@ constexpr int kRow = 22;
 constexpr int kButtonHeight = 20;
 constexpr int kPanelHeight = 7 * kRow - 2;
 
-// Columns of the panel, left to right.
+// Columns of the panel, left to right. The instrument list is wide enough
+// for a number and a name of 22 characters; the play column holds the
+// instrument's Edit button and envelope below its buttons.
 constexpr int kPatternListX = kMargin;
 constexpr int kPatternListWidth = 130;
 constexpr int kListToolsX = kPatternListX + kPatternListWidth + 4;
-constexpr int kListToolsWidth = 92;
+constexpr int kListToolsWidth = 88;
 constexpr int kInstrumentListX = kListToolsX + kListToolsWidth + 4;
-constexpr int kInstrumentListWidth = 112;
-constexpr int kInstrumentToolsX = kInstrumentListX + kInstrumentListWidth + 4;
-constexpr int kInstrumentToolsWidth = 50;
-constexpr int kPlayX = kInstrumentToolsX + kInstrumentToolsWidth + 4;
-constexpr int kPlayWidth = 92;
+constexpr int kInstrumentListWidth = 200;
+constexpr int kPlayX = kInstrumentListX + kInstrumentListWidth + 4;
+constexpr int kPlayWidth = 80;
 constexpr int kToolsX = kPlayX + kPlayWidth + 4;
-constexpr int kToolsWidth = 106;
+constexpr int kToolsWidth = 104;
 constexpr int kSettingsX = kToolsX + kToolsWidth + 4;
-constexpr int kSettingWidth = 88;
+constexpr int kSettingWidth = 80;
 constexpr int kSettingHeight = 42;   // a labelled frame around one control
+constexpr int kOctaveNumberWidth = 16;
 
 Gorb_Rect RowRect(int x, int width, int row) { return {x, kPanelTop + row * kRow, width, kButtonHeight}; }
 
@@ -101,11 +103,11 @@ private:
         widgets.instrumentList = &window_.Emplace<ListBox>(
             kControlInstrumentList, Gorb_Rect{kInstrumentListX, kPanelTop, kInstrumentListWidth, kPanelHeight});
         widgets.instrumentList->SetColumns({{kInstrumentListWidth - 20, "%s", ""}});
-        window_.Emplace<PushButton>(kControlEditInstrument, RowRect(kInstrumentToolsX, kInstrumentToolsWidth, 0), "Edit");
-        const int previewTop = kPanelTop + kRow;
+        window_.Emplace<PushButton>(kControlEditInstrument, RowRect(kPlayX, kPlayWidth, 4), "Edit");
+        const int previewTop = kPanelTop + 5 * kRow;
         widgets.instrumentPreview = &window_.Emplace<Image>(
             kControlInstrumentPreview,
-            Gorb_Rect{kInstrumentToolsX, previewTop, kInstrumentToolsWidth, kPanelTop + kPanelHeight - previewTop});
+            Gorb_Rect{kPlayX, previewTop, kToolsX + kToolsWidth - kPlayX, kPanelTop + kPanelHeight - previewTop});
     }
 
     // A labelled frame in the settings panel's column and row, and the
@@ -122,9 +124,15 @@ private:
         widgets.lineStep = &Number(kControlLineStep, Labelled(0, 0, "Line step:"), 0, kLineStepMax, 1);
         widgets.speed = &Number(kControlSpeed, Labelled(1, 0, "Speed:"), kSpeedMin, kSpeedMax, kNewModuleSpeed);
         ShowAsSpeed(*widgets.speed);  // ticks a line, as the grid's speed commands read
-        widgets.octave = &window_.Emplace<Slider>(false, kControlOctave, Labelled(0, 1, "Octave:"));
+        // The slider's value is the octave digit of the lowest piano key's C in the grid.
+        const Gorb_Rect octave = Labelled(0, 1, "Octave:");
+        widgets.octave = &window_.Emplace<Slider>(
+            false, kControlOctave, Gorb_Rect{octave.x, octave.y, octave.w - kOctaveNumberWidth - 2, octave.h});
         widgets.octave->SetRange(kOctaveSliderMin, kOctaveSliderMax);
         widgets.octave->SetValue(1);
+        window_.Emplace<ValueLabel>(nextLabel_++,
+                                    Gorb_Rect{octave.x + octave.w - kOctaveNumberWidth, octave.y, kOctaveNumberWidth, octave.h},
+                                    *widgets.octave);
         widgets.volume = &Number(kControlVolume, Labelled(1, 1, "Volume:"), 0, kVolumeMax, kVolumeMax);
         ChannelToggles(widgets, Labelled(0, 2, "Channels:"));
         widgets.testMode = &window_.Emplace<CheckButton>(kControlTestMode, Labelled(1, 2, nullptr), "Test mode");

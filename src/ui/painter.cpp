@@ -286,15 +286,22 @@ void Painter::Text(const Gorb_Font& font, int x, int y, const std::string& text,
 void Painter::TextIn(const Gorb_Font& font, const Gorb_Rect& rect, const std::string& text, uint32_t argb,
                      TextAlign align, TextFit fit) {
     if (text.empty() || Visible(rect).w <= 0) return;
-    const std::string shown = fit == TextFit::Ellipsis ? Ellipsised(font, text, rect.w) : text;
+    const std::string shown = fit == TextFit::Ellipsis        ? Ellipsised(font, text, rect.w)
+                              : fit == TextFit::EllipsisFront ? EllipsisedFront(font, text, rect.w)
+                                                              : text;
     const int width = font.TextWidth(shown);
     int x = rect.x;
     if (align == TextAlign::Centre) x += (rect.w - width) / 2;
     if (align == TextAlign::Right) x += rect.w - width;
-    const int y = rect.y + (rect.h - font.Height()) / 2;
+    const int y = TextTop(font, rect.y, rect.h);
     PushClip(rect);
     Text(font, x, y, shown, argb);
     PopClip();
+}
+
+int Painter::TextTop(const Gorb_Font& font, int top, int height) {
+    const int centred = top + (height - TextRowHeight(font)) / 2 - font.InkTop();
+    return std::min(centred, top + height - font.InkBottom());
 }
 
 std::string Painter::Ellipsised(const Gorb_Font& font, const std::string& text, int width) {
@@ -314,6 +321,26 @@ std::string Painter::Ellipsised(const Gorb_Font& font, const std::string& text, 
     std::string start = text.substr(0, fits);
     while (!start.empty() && start.back() == ' ') start.pop_back();
     return start + kEllipsis;
+}
+
+std::string Painter::EllipsisedFront(const Gorb_Font& font, const std::string& text, int width) {
+    if (font.TextWidth(text) <= width) return text;
+    if (font.TextWidth(kEllipsis) > width) return {};
+    // The shortest fitting end, found by halving as above.
+    size_t fits = text.size();
+    size_t tooLong = 0;
+    while (fits - tooLong > 1) {
+        const size_t middle = (fits + tooLong) / 2;
+        if (font.TextWidth(kEllipsis + text.substr(middle)) <= width) {
+            fits = middle;
+        } else {
+            tooLong = middle;
+        }
+    }
+    std::string end = text.substr(fits);
+    const size_t slash = end.find('/');
+    if (slash != std::string::npos && slash > 0) end.erase(0, slash);
+    return kEllipsis + end;
 }
 
 }  // namespace sondrel

@@ -29,7 +29,10 @@ struct StretchSource {
 };
 
 enum class TextAlign : uint8_t { Left, Centre, Right };
-enum class TextFit : uint8_t { Clip, Ellipsis };  // text wider than its rectangle: cut off, or cut and end in "..."
+// Text wider than its rectangle: cut off; cut and ended in "..."; or its
+// start cut and replaced by "..." (for paths, at a folder boundary where
+// one is kept).
+enum class TextFit : uint8_t { Clip, Ellipsis, EllipsisFront };
 enum class BevelStyle : uint8_t { Raised, Sunken };
 enum class MarkerStyle : uint8_t { Solid, Dotted };
 
@@ -94,12 +97,21 @@ public:
     void DrawStretched(const Gorb_Texture& texture, const StretchSource& source, const Gorb_Rect& target);
 
     void Text(const Gorb_Font& font, int x, int y, const std::string& text, uint32_t argb);
-    // Text aligned in rect, centred vertically and clipped to it.
+    // Text aligned in rect, placed vertically by TextTop and clipped to it.
     void TextIn(const Gorb_Font& font, const Gorb_Rect& rect, const std::string& text, uint32_t argb,
                 TextAlign align = TextAlign::Left, TextFit fit = TextFit::Clip);
     static int TextWidth(const Gorb_Font& font, const std::string& text) { return font.TextWidth(text); }
+    // How high a row must be for every glyph of font to show whole.
+    static int TextRowHeight(const Gorb_Font& font) { return font.InkBottom() - font.InkTop(); }
+    // The y to print at for text in the row of that height starting at top:
+    // the glyphs centred in it; in a row lower than TextRowHeight, their
+    // bottoms (descenders, underscores) kept and accents cut at the top.
+    static int TextTop(const Gorb_Font& font, int top, int height);
     // The longest start of text that fits width with "..." after it (text itself when it fits).
     static std::string Ellipsised(const Gorb_Font& font, const std::string& text, int width);
+    // "..." and the longest end of text that fits width after it, begun at
+    // its first "/" when it holds one (text itself when it fits).
+    static std::string EllipsisedFront(const Gorb_Font& font, const std::string& text, int width);
 
 private:
     // rect moved by the origin and cut to the clip: the pixels a call may touch.

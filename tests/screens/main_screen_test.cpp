@@ -5,6 +5,8 @@
 #include <map>
 #include <string>
 
+#include "test_support.h"
+#include "ui/skin/skin_library.h"
 #include "ui/toolkit.h"
 #include "ui/widgets/check_button.h"
 #include "ui/widgets/image.h"
@@ -132,6 +134,23 @@ TEST_F(MainScreenTest, TheWindowFillsTheScreenBelowTheMenuAndNothingOverlaps) {
     EXPECT_GE(widgets.grid->Rect().h, 14 + 32 * 12);
     EXPECT_GE(widgets.grid->Rect().w, 756);
     EXPECT_EQ(widgets.grid->Surface().Height(), widgets.grid->Rect().h);
+}
+
+// Instrument names of their usual length show whole in the instrument list
+// with the shipped font: a General MIDI name and a MOD sample name of 22
+// characters, beside the number column and the scroll bar.
+TEST(MainScreenNamesTest, TheInstrumentListFitsNamesOfTheirUsualLength) {
+    SkinLibrary skin(test::BinaryDir() / "skins");
+    skin.LoadSkin("default.skin");
+    const Gorb_Font& font = skin.Font("default");
+    NoInput input;
+    Toolkit toolkit{input};
+    const PatternViewWidgets widgets = BuildMainScreen(toolkit, 800, 600, 20);
+    const int numberColumn = 8 * 3;
+    const int nameWidth = widgets.instrumentList->Rect().w - 2 * ListBox::kBorder - AttachedScrollBar::kWidth -
+                          numberColumn - 4;
+    for (const char* name : {"Acoustic Grand Piano", "Electric Bass (finger)", "ST-01:StringsSynth.11x"})
+        EXPECT_LE(font.TextWidth(name), nameWidth) << name;
 }
 
 }  // namespace

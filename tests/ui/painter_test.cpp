@@ -315,5 +315,23 @@ TEST_F(PainterText, TextStaysInItsRectangleAlignedAndEllipsised) {
     EXPECT_EQ(Painter::Ellipsised(*font_, longText, 3), "");
 }
 
+TEST_F(PainterText, PathsCutAtTheirStartKeepWholeFolderNames) {
+    const std::string path = "/home/musician/songs/chip_tunes/Alex_Kidd_in_Miracle_World";
+    struct Case {
+        int width;
+        std::string shown;
+    };
+    // Wide enough for the last two folders, for only the last, for part of the last.
+    const int lastTwo = font_->TextWidth(".../chip_tunes/Alex_Kidd_in_Miracle_World");
+    const int last = font_->TextWidth(".../Alex_Kidd_in_Miracle_World");
+    const int part = font_->TextWidth("...Kidd_in_Miracle_World");
+    const Case cases[] = {{font_->TextWidth(path), path},
+                          {lastTwo + 2, ".../chip_tunes/Alex_Kidd_in_Miracle_World"},
+                          {last + 2, ".../Alex_Kidd_in_Miracle_World"},
+                          {part, "...Kidd_in_Miracle_World"},
+                          {3, ""}};
+    for (const Case& c : cases) EXPECT_EQ(Painter::EllipsisedFront(*font_, path, c.width), c.shown) << c.width;
+}
+
 }  // namespace
 }  // namespace sondrel

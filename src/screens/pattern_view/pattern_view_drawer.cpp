@@ -28,6 +28,10 @@ constexpr int kHeaderBandHeight = 13;
 // lines between each channel's volume and channel command.
 constexpr int kChannelSeparators[] = {31, 199, 367, 535, 703};
 constexpr int kFieldSeparators[] = {144, 312, 480, 648};
+// A channel switched off: its title dimmed hard, its cells a little, so
+// they stay readable.
+constexpr uint8_t kMutedTitleShade = 150;
+constexpr uint8_t kMutedCellShade = 72;
 constexpr const char* kHeaderText =
     "  &#&&Channel 0            Channel 1            Channel 2            Channel 3            Cmd.";
 
@@ -76,6 +80,22 @@ void PatternViewDrawer::Update() {
     if (flags & kRedrawTitle) SetTitle();
     if ((flags & kRedrawMenus) && hooks_.refreshMenus) hooks_.refreshMenus();
     view_.ClearDirtyFlags();
+    ShadeMutedChannels();
+}
+
+// The toggles show at once what the player is about to do, so the grid
+// follows them rather than a redraw bit.
+void PatternViewDrawer::ShadeMutedChannels() {
+    if (!widgets_.grid) return;
+    std::vector<Image::Shade> shades;
+    for (std::size_t c = 0; c < widgets_.channels.size(); ++c) {
+        if (!widgets_.channels[c] || widgets_.channels[c]->On()) continue;
+        const int left = kChannelSeparators[c] + 2;
+        const int width = kChannelSeparators[c + 1] - left;
+        shades.push_back({{left, 0, width, kHeaderBandHeight}, kMutedTitleShade});
+        shades.push_back({{left, kGridHeaderHeight, width, kGridHeight - kGridHeaderHeight}, kMutedCellShade});
+    }
+    widgets_.grid->SetShades(std::move(shades));
 }
 
 void PatternViewDrawer::FillPatternList() {

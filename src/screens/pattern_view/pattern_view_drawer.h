@@ -4,7 +4,8 @@
 // pattern list (8), edit settings (16), grid rows (2; the header only when
 // the bits are exactly kRedrawAll), grid selection and play marker (1),
 // instrument list and preview (4), window title (32), menu states (64); then
-// the bits are cleared. Nothing else draws.
+// the bits are cleared; last, the grid shades the channels whose toggles
+// are off. Nothing else draws.
 //
 // The grid surface: a 13-pixel header band with the channel titles, then 32
 // rows 12 pixels apart from y = 14, the text of row i at (4, 14 + 12i + 2).
@@ -78,6 +79,7 @@ private:
     void FillInstruments();
     void DrawInstrumentPreview();
     void SetTitle();
+    void ShadeMutedChannels();
 
     PatternView& view_;
     PatternViewWidgets widgets_;

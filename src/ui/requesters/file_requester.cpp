@@ -6,6 +6,7 @@
 #include <system_error>
 
 #include "ui/entry_kinds.h"
+#include "ui/requesters/message_text.h"
 #include "ui/requesters/requesters.h"
 #include "ui/toolkit.h"
 #include "ui/widgets/list_box.h"
@@ -21,6 +22,7 @@ constexpr int kMargin = 8;
 constexpr int kGap = 6;
 constexpr int kRowHeight = 22;
 constexpr int kSizeColumnWidth = 130;
+constexpr int kFolderLabelWidth = 52;
 
 ListLine ToListLine(const DirectoryLine& line) {
     switch (line.type) {
@@ -68,7 +70,14 @@ void FileRequester::Build(const std::string& title) {
     const int inner = width - 2 * kMargin;
     const int buttonY = height - kMargin - kRowHeight;
     const int nameY = buttonY - kGap - kRowHeight;
-    const int listY = kTitleBarHeight + kMargin;
+    const int folderY = kTitleBarHeight + kMargin;
+    const int folderHeight = ListBox::kDefaultLineHeight + 2;
+    window_->Emplace<MessageText>(kFolderLabelId, Gorb_Rect{kMargin, folderY, kFolderLabelWidth, folderHeight},
+                                  std::vector<std::string>{"Folder:"}, TextAlign::Left);
+    folder_ = &window_->Emplace<MessageText>(
+        kFolderId, Gorb_Rect{kMargin + kFolderLabelWidth, folderY, inner - kFolderLabelWidth, folderHeight},
+        std::vector<std::string>{}, TextAlign::Left, TextFit::EllipsisFront);
+    const int listY = folderY + folderHeight + kGap / 2;
     list_ = &window_->Emplace<ListBox>(kListId, Gorb_Rect{kMargin, listY, inner, nameY - kGap - listY});
     const int nameColumn = inner - 2 * ListBox::kBorder - kSizeColumnWidth;
     list_->SetColumns({{nameColumn, "%s", "Filename"}, {kSizeColumnWidth, "%20s", "Size"}});
@@ -192,6 +201,9 @@ void FileRequester::Relist() {
     for (const DirectoryLine& line : lines_) rows.push_back(ToListLine(line));
     list_->SetLines(std::move(rows));
     choice_ = -1;
+    std::error_code error;
+    const fs::path folder = fs::current_path(error);
+    folder_->SetLines({error ? std::string() : folder.string()});
 }
 
 }  // namespace sondrel

@@ -1,7 +1,7 @@
 #pragma once
 // The file requester's window and what its entries do: a list of the
 // current directory (the process's, so the next requester opens where this
-// one ended), a file name entry and the buttons Parent, Root, Load or Save,
+// one ended) under a line naming it, a file name entry and the buttons Parent, Root, Load or Save,
 // Cancel and Reload. One lives for one request.
 
 #include <cstdint>
@@ -14,6 +14,7 @@
 namespace sondrel {
 
 class ListBox;
+class MessageText;
 class Requesters;
 class TextLine;
 class Window;
@@ -32,6 +33,8 @@ public:
     static constexpr uint16_t kAcceptId = 5;
     static constexpr uint16_t kCancelId = 6;
     static constexpr uint16_t kReloadId = 7;
+    static constexpr uint16_t kFolderLabelId = 8;
+    static constexpr uint16_t kFolderId = 9;  // the folder listed
 
     FileRequester(Requesters& requesters, std::vector<std::string> patterns, bool saveMode,
                   std::string defaultExtension)
@@ -61,6 +64,7 @@ private:
     std::string defaultExtension_;
     Window* window_ = nullptr;
     ListBox* list_ = nullptr;
+    MessageText* folder_ = nullptr;
     TextLine* name_ = nullptr;
     std::vector<DirectoryLine> lines_;
     int choice_ = -1;  // the list line that counts as the choice

@@ -12,7 +12,7 @@ int MeasureText(const std::string& text, const Gorb_Font* font) {
 }
 
 int TextLineHeight(const Gorb_Font* font) {
-    return font != nullptr ? std::max(font->Height(), 1) : MessageText::kPlainLineHeight;
+    return font != nullptr ? std::max(Painter::TextRowHeight(*font), 1) : MessageText::kPlainLineHeight;
 }
 
 namespace {
@@ -58,7 +58,7 @@ void MessageText::Draw(Painter& painter, const DrawStyle& style) const {
     const int height = TextLineHeight(style.font);
     for (std::size_t i = 0; i < lines_.size(); ++i) {
         const Gorb_Rect row{0, static_cast<int>(i) * height, Rect().w, height};
-        painter.TextIn(*style.font, row, lines_[i], style.Colour(ThemeColour::Text), align_);
+        painter.TextIn(*style.font, row, lines_[i], style.Colour(ThemeColour::Text), align_, fit_);
     }
 }
 

@@ -1,6 +1,7 @@
 #pragma once
 // The read-only text of a message or question: lines wrapped to a width and
-// drawn one under the other. It takes neither clicks nor the focus.
+// drawn one under the other, each cut to the width as its fit says. It
+// takes neither clicks nor the focus.
 
 #include <string>
 #include <vector>
@@ -24,15 +25,18 @@ public:
     static constexpr int kPlainCharWidth = 8;
     static constexpr int kPlainLineHeight = 14;
 
-    MessageText(uint16_t id, const Gorb_Rect& rect, std::vector<std::string> lines, TextAlign align = TextAlign::Centre)
-        : Decoration(WidgetKind::TextField, id, rect), lines_(std::move(lines)), align_(align) {}
+    MessageText(uint16_t id, const Gorb_Rect& rect, std::vector<std::string> lines, TextAlign align = TextAlign::Centre,
+                TextFit fit = TextFit::Clip)
+        : Decoration(WidgetKind::TextField, id, rect), lines_(std::move(lines)), align_(align), fit_(fit) {}
 
     const std::vector<std::string>& Lines() const { return lines_; }
+    void SetLines(std::vector<std::string> lines) { lines_ = std::move(lines); }
     void Draw(Painter& painter, const DrawStyle& style) const override;
 
 private:
     std::vector<std::string> lines_;
     TextAlign align_;
+    TextFit fit_;
 };
 
 }  // namespace sondrel

@@ -40,6 +40,7 @@ void Image::Draw(Painter& painter, const DrawStyle& style) const {
     // The painter keeps the target's clip on the widget, so the blit stays inside it.
     painter.Target().Blit(*surface_, {0, 0, surface_->Width(), surface_->Height()}, painter.OriginX(),
                           painter.OriginY());
+    for (const Shade& shade : shades_) painter.FillAlpha(shade.area, static_cast<uint32_t>(shade.alpha) << 24);
     if (selection_ && selectionAlpha_ != 0) {
         const uint32_t colour = style.Colour(ThemeColour::Selection) & 0x00FFFFFFu;
         painter.FillAlpha(*selection_, colour | (static_cast<uint32_t>(selectionAlpha_) << 24));

@@ -1,7 +1,8 @@
 #pragma once
 // An image or owner-drawn surface: the application paints the widget's own
 // RGB565 surface, which is shown 1:1 with an optional selection laid over it
-// (the selection colour at a chosen opacity) and an optional marker frame.
+// (the selection colour at a chosen opacity), an optional marker frame and
+// shades: areas darkened by a black of their own opacity, under the rest.
 // A click queues an image entry with the point clicked, in surface
 // coordinates; an image that follows drags also queues the points the
 // pointer moves to while the button stays down (kept inside the image).
@@ -9,6 +10,7 @@
 #include <cstdint>
 #include <memory>
 #include <optional>
+#include <vector>
 
 #include "platform/gorb.h"
 #include "ui/painter.h"
@@ -30,6 +32,13 @@ public:
     void SetMarker(const Gorb_Rect& area, MarkerStyle style = MarkerStyle::Dotted);
     void ClearMarker() { marker_.reset(); }
 
+    struct Shade {
+        Gorb_Rect area;   // in surface coordinates
+        uint8_t alpha;    // 0 leaves it as it is, 255 makes it black
+    };
+    void SetShades(std::vector<Shade> shades) { shades_ = std::move(shades); }
+    const std::vector<Shade>& Shades() const { return shades_; }
+
     void SetFollowsDrags(bool follows) { followsDrags_ = follows; }
 
     void Press(WidgetContext& context, Point p, int part) override;
@@ -42,6 +51,7 @@ private:
     std::optional<Gorb_Rect> selection_;
     uint8_t selectionAlpha_ = 0;
     std::optional<Gorb_Rect> marker_;
+    std::vector<Shade> shades_;
     bool followsDrags_ = false;
     Point dragged_{};
     MarkerStyle markerStyle_ = MarkerStyle::Dotted;

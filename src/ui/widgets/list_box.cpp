@@ -283,7 +283,7 @@ void ListBox::Draw(Painter& painter, const DrawStyle& style) const {
         for (size_t c = 0; c < columns_.size() && c < cells.size() && x < inner; ++c) {
             const Gorb_Rect cell{x + 2, row.y, std::min(columns_[c].width, inner - x) - 4, row.h};
             painter.TextIn(*style.font, cell, FormatListCell(columns_[c].format, cells[c]),
-                           style.Colour(selected_[line] ? selectedText : text));
+                           style.Colour(selected_[line] ? selectedText : text), TextAlign::Left, TextFit::Ellipsis);
             x += columns_[c].width;
         }
     }

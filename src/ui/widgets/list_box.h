@@ -47,6 +47,8 @@ class ListBox : public Widget {
 public:
     static constexpr double kDoubleClickSeconds = 0.4;
     static constexpr int kBorder = 2;
+    // A row of the shipped skin's text with every glyph whole.
+    static constexpr int kDefaultLineHeight = 15;
 
     ListBox(uint16_t id, const Gorb_Rect& rect) : Widget(WidgetKind::List, id, rect) {}
 
@@ -99,7 +101,7 @@ private:
     std::vector<ListColumn> columns_;
     std::vector<ListLine> lines_;
     std::vector<bool> selected_;
-    int lineHeight_ = 12;
+    int lineHeight_ = kDefaultLineHeight;
     int wheelLines_ = 3;
     bool extended_ = false;
     int top_ = 0;

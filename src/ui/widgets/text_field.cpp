@@ -49,7 +49,9 @@ int TextField::CursorX() const {
     return PrefixWidth(font_, std::string_view(Text()).substr(start), Cursor() - start);
 }
 
-int TextField::LineHeight() const { return font_ != nullptr ? std::max(1, font_->Height()) : kPlainLineHeight; }
+int TextField::LineHeight() const {
+    return font_ != nullptr ? std::max(1, Painter::TextRowHeight(*font_)) : kPlainLineHeight;
+}
 
 int TextField::VisibleLines() const { return std::max(1, (Rect().h - 2 * kPadding) / LineHeight()); }
 
@@ -205,7 +207,8 @@ void TextField::Draw(Painter& painter, const DrawStyle& style) const {
                 const int to = PrefixWidth(font_, line, std::min(selEnd, end) - start) + (selEnd > end ? 4 : 0);
                 DrawEntrySelection(painter, style, Kind(), {from - scrollX_, y, to - from, height});
             }
-            if (style.font != nullptr) painter.Text(*style.font, -scrollX_, y, std::string(line), colour);
+            if (style.font != nullptr)
+                painter.Text(*style.font, -scrollX_, Painter::TextTop(*style.font, y, height), std::string(line), colour);
             if (focused_ && !readOnly_ && Cursor() >= start && Cursor() <= end)
                 DrawEntryCursor(painter, style, Kind(), {PrefixWidth(font_, line, Cursor() - start) - scrollX_, y, 1, height});
             start = end + 1;

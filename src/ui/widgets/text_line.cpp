@@ -158,7 +158,7 @@ void TextLine::Draw(Painter& painter, const DrawStyle& style) const {
         }
         if (style.font != nullptr) {
             const ThemeColour colour = Enabled() ? ThemeColour::Text : ThemeColour::TextDisabled;
-            painter.Text(*style.font, -scroll_, (area.h - style.font->Height()) / 2, Text(), style.Colour(colour));
+            painter.Text(*style.font, -scroll_, Painter::TextTop(*style.font, 0, area.h), Text(), style.Colour(colour));
         }
         if (focused_) DrawEntryCursor(painter, style, Kind(), {cursorX - scroll_, 2, 1, h});
     }

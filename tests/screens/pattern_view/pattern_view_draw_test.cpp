@@ -2,6 +2,7 @@
 
 #include <filesystem>
 
+#include <array>
 #include <memory>
 #include <string>
 #include <vector>
@@ -10,6 +11,8 @@
 #include "screens/pattern_view/pattern_rows.h"
 #include "screens/pattern_view/pattern_view_drawer.h"
 #include "test_support.h"
+#include "ui/painter.h"
+#include "ui/widgets/check_button.h"
 #include "ui/widgets/image.h"
 #include "ui/widgets/list_box.h"
 
@@ -149,6 +152,8 @@ struct DrawFixture {
     ListBox patterns{2, {0, 0, 200, 110}};
     ListBox instruments{3, {0, 0, 200, 110}};
     Image preview{4, {0, 0, 96, 32}};
+    std::array<CheckButton, 4> toggles{CheckButton{5, {}, "0"}, CheckButton{5, {}, "1"}, CheckButton{5, {}, "2"},
+                                       CheckButton{5, {}, "3"}};
     std::vector<std::string> calls;
     bool modified = false;
     std::unique_ptr<PatternViewDrawer> drawer;
@@ -168,6 +173,10 @@ struct DrawFixture {
         widgets.patternList = &patterns;
         widgets.instrumentList = &instruments;
         widgets.instrumentPreview = &preview;
+        for (size_t c = 0; c < toggles.size(); ++c) {
+            toggles[c].SetOn(true);
+            widgets.channels[c] = &toggles[c];
+        }
         PatternViewHooks hooks;
         hooks.setTitle = [this](const std::string& title) { calls.push_back("title " + title); };
         hooks.modified = [this] { return modified; };
@@ -185,6 +194,56 @@ struct DrawFixture {
     Gorb_Surface& Surface() { return grid.Surface(); }
     static int RowY(int row) { return kGridHeaderHeight + kGridRowHeight * row; }
 };
+
+// A channel switched off with its toggle is dimmed on screen, its title
+// more than its cells, which stay readable; the grid's own pixels keep
+// what was drawn.
+TEST(PatternViewDrawTest, ChannelsSwitchedOffAreDimmedOverTheGrid) {
+    DrawFixture f;
+    f.module->patterns[0].lines[1].note = {48, 48, 48, 255};  // below the cursor on line 0
+    f.Update(kRedrawAll);
+    const std::vector<uint16_t> drawn = [&] {
+        std::vector<uint16_t> out;
+        const Gorb_Pixels p = f.Surface().Lock();
+        for (int y = 0; y < f.Surface().Height(); ++y) out.insert(out.end(), p.Row(y), p.Row(y) + kGridWidth);
+        f.Surface().Unlock();
+        return out;
+    }();
+    f.toggles[1].SetOn(false);
+    f.drawer->Update();
+    auto screen = Gorb_CreateSurface(kGridWidth, kGridHeight);
+    {
+        Painter painter(*screen);
+        f.grid.Draw(painter, DrawStyle{});
+    }
+    const auto brightness = [](uint16_t pixel) { return (pixel >> 11) + ((pixel >> 5) & 0x3F) / 2 + (pixel & 0x1F); };
+    // The same spot of the header band and of the note "C 2" in channels 0 and 1.
+    const int headerX = 40, noteX = kGridTextX + RowPixelX(kNoteField);
+    const int bandY = 1, noteY = DrawFixture::RowY(1) + 2;
+    int brightestNoteColumn = 0;
+    for (int x = 0; x < 8; ++x)
+        if (PixelAt(*screen, noteX + x, noteY + 3) > PixelAt(*screen, noteX + brightestNoteColumn, noteY + 3))
+            brightestNoteColumn = x;
+    const int inkX = noteX + brightestNoteColumn, inkY = noteY + 3;
+    ASSERT_EQ(PixelAt(*screen, inkX, inkY), kNormalInk);
+    const double band = brightness(PixelAt(*screen, headerX, bandY));
+    const double mutedBand = brightness(PixelAt(*screen, headerX + 168, bandY));
+    const double ink = brightness(PixelAt(*screen, inkX, inkY));
+    const double mutedInk = brightness(PixelAt(*screen, inkX + 168, inkY));
+    EXPECT_LT(mutedBand, band * 0.6);
+    EXPECT_LT(mutedInk, ink * 0.85);
+    EXPECT_GT(mutedInk, ink * 0.55);  // still clearly lighter than the black around it
+    EXPECT_EQ(PixelAt(*screen, inkX + 2 * 168, inkY), kNormalInk);  // channel 2 sounds
+    // Only the view is dimmed, not the surface the grid rows are drawn into.
+    const Gorb_Pixels p = f.Surface().Lock();
+    for (int y = 0; y < kGridHeight; ++y)
+        ASSERT_TRUE(std::equal(p.Row(y), p.Row(y) + kGridWidth, drawn.begin() + y * kGridWidth)) << y;
+    f.Surface().Unlock();
+
+    f.toggles[1].SetOn(true);
+    f.drawer->Update();
+    EXPECT_TRUE(f.grid.Shades().empty());
+}
 
 TEST(PatternViewDrawTest, ShortPatternEndsWithAWhiteLineAndBlankRows) {
     DrawFixture f;

@@ -105,6 +105,9 @@ protected:
     std::string Request(bool save) { return requesters.RequestFile({"*.sdrltk"}, "Files", save, ".sdrltk"); }
     TextLine& NameEntry() { return *static_cast<TextLine*>(Find(kFileRequesterWindowId, FileRequester::kNameId)); }
     ListBox& List() { return *static_cast<ListBox*>(Find(kFileRequesterWindowId, FileRequester::kListId)); }
+    std::vector<std::string> FolderShown() {
+        return static_cast<MessageText*>(Find(kFileRequesterWindowId, FileRequester::kFolderId))->Lines();
+    }
     void TypeName(const std::string& name) {
         for (char c : name) QueueKey(0x10, static_cast<uint8_t>(c));
         QueueKey(kKeyReturn);
@@ -171,9 +174,13 @@ TEST_F(FileRequesterTest, LoadingWalksDirectoriesAndRefusesMissingFilesWithAMess
     std::ofstream(dir / "sub" / "notes.txt") << "x";
     ASSERT_EQ(::mkfifo((dir / "sub" / "pipe").c_str(), 0600), 0);
     const fs::path sub = fs::canonical(dir / "sub");
-    Then([&] { TypeName("sub"); });
+    Then([&] {
+        EXPECT_EQ(FolderShown(), std::vector<std::string>{fs::current_path().string()});
+        TypeName("sub");
+    });
     Then([&] {
         EXPECT_EQ(fs::current_path(), sub);
+        EXPECT_EQ(FolderShown(), std::vector<std::string>{sub.string()});
         EXPECT_EQ(NameEntry().Text(), "");
         ASSERT_GE(List().LineCount(), 2);
         TypeName("missing.sdrltk");

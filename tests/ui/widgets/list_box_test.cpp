@@ -17,6 +17,7 @@ class ListBoxTest : public ToolkitFixture {
 protected:
     void SetUp() override {
         list->SetColumns({{40, "%3d", ""}, {150, "%-10s", ""}});
+        list->SetLineHeight(12);
         std::vector<ListLine> lines;
         for (int i = 0; i < 20; ++i) lines.push_back({ListCell{i}, ListCell{"line " + std::to_string(i)}});
         list->SetLines(std::move(lines));
