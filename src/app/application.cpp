@@ -258,6 +258,8 @@ bool Application::StartUp() {
     instrumentEditing_ = std::make_unique<InstrumentEditing>(editor_->Context(), *requesters_);
     dispatcher_ = std::make_unique<CommandDispatcher>(editor_->Context(), *dialogs_, static_cast<CommandHost&>(*this));
     dispatcher_->SetMenus(&menuBar_->Titles());
+    // The "Edit" menu's options are the preferences' own, so the file keeps what the menu shows.
+    dispatcher_->BindOptions(prefs_.editing);
     PatternViewHooks hooks;
     hooks.setTitle = [this](const std::string& title) { platform_.SetWindowTitle(title); };
     hooks.modified = [this] { return editor_->Context().undo.IsModified(); };

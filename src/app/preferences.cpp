@@ -402,8 +402,8 @@ std::vector<ConfigEntry> PreferencesSchema(Preferences& prefs) {
                              }),
         ConfigEntry::Section("editing",
                              {
-                                 ConfigEntry::Boolean("wrap_volume", false, &prefs.wrapVolume),
-                                 ConfigEntry::Boolean("paste_delete_notes", true, &prefs.pasteDeleteNotes),
+                                 ConfigEntry::Boolean("wrap_volume", false, &prefs.editing.wrapVolume),
+                                 ConfigEntry::Boolean("paste_delete_notes", true, &prefs.editing.pasteDeleteNotes),
                              }),
         ConfigEntry::Section("files_and_directories", std::move(files)),
     };

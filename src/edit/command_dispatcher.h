@@ -10,6 +10,7 @@
 #include <string>
 #include <vector>
 
+#include "edit/edit_options.h"
 #include "edit/editor_context.h"
 #include "edit/tools/pattern_clipboard.h"
 #include "edit/tools/tool_dialogs.h"
@@ -52,12 +53,6 @@ public:
     virtual ImportOptionsProvider& ImportOptions() = 0;
 };
 
-// The two options of the "Edit" menu, shown as check marks.
-struct DispatcherOptions {
-    bool wrapVolume = false;
-    bool pasteDelete = false;
-};
-
 class CommandDispatcher {
 public:
     CommandDispatcher(EditorContext& context, ToolDialogs& dialogs, CommandHost& host);
@@ -84,7 +79,11 @@ public:
     bool SaveModule();
     bool SaveModuleAs();
 
-    const DispatcherOptions& Options() const { return options_; }
+    // The options the commands follow and the menus show. The dispatcher
+    // keeps a set of its own until it is bound to the program's, which it
+    // then reads and toggles in place; they must outlive the dispatcher.
+    void BindOptions(EditOptions& options);
+    const EditOptions& Options() const { return *options_; }
     PatternClipboard& Clipboard() { return clipboard_; }
 
 private:
@@ -123,7 +122,8 @@ private:
     PatternClipboard clipboard_;
     MidiExportOptions midiOptions_;
     std::unique_ptr<Exporter> exporter_;
-    DispatcherOptions options_;
+    EditOptions ownOptions_;
+    EditOptions* options_ = &ownOptions_;
     bool quit_ = false;
 };
 

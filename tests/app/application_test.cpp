@@ -10,10 +10,12 @@
 #include <optional>
 #include <thread>
 
+#include "edit/main_menu.h"
 #include "files/module_file.h"
 #include "model/exception.h"
 #include "sound/song_player.h"
 #include "test_support.h"
+#include "ui/menu_bar.h"
 #include "ui/requesters/requesters.h"
 
 namespace sondrel {
@@ -423,6 +425,65 @@ TEST_F(ApplicationTest, TheSongIsHeardWhenStartedAndMidiNotesAreSoundedAndWritte
     midi.Run("sondrel");
     EXPECT_TRUE(SoundWasHeard());
     EXPECT_EQ(midi.CurrentModule().patterns[0].lines[0].note[0], 69);
+}
+
+// The options of "Edit" > "Options" are the preferences file's: their check
+// marks and what they do start as the file says, and a toggle in the menu is
+// in the file after quitting.
+TEST_F(ApplicationTest, EditMenuOptionsComeFromThePreferencesFileAndGoBackToIt) {
+    const auto checked = [](Application& app, int command) {
+        return FindMenuEntry(app.MainMenu().Titles(), command)->checked;
+    };
+    const auto centre = [](const Gorb_Rect& r, int type) {
+        return Gorb_Event{.type = type, .x = r.x + r.w / 2, .y = r.y + r.h / 2};
+    };
+    const auto key = [&](uint16_t scanCode) { platform.events.push_back({.type = kGorbKeyDown, .key = scanCode}); };
+
+    // Without the keys the defaults stand: "Paste: Delete" is on.
+    std::array<bool, 2> atStart{}, atEnd{};
+    {
+        Application app(platform, paths, ExitAfter(2));
+        platform.onFrame = [&](long) { atStart = {checked(app, kMenuWrapVolume), checked(app, kMenuPasteDelete)}; };
+        app.Run("sondrel");
+    }
+    EXPECT_EQ(atStart, (std::array<bool, 2>{false, true}));
+
+    WritePreferences("editing { wrap_volume = true paste_delete_notes = false }");
+    platform.frames = 0;
+    Application app(platform, paths, ExitAfter(12));
+    uint8_t wrapped = 99;
+    platform.onFrame = [&](long frame) {
+        DropDownMenuBar& menu = app.MainMenu();
+        if (frame == 1) {
+            atStart = {checked(app, kMenuWrapVolume), checked(app, kMenuPasteDelete)};
+            // A note, then V on its volume (15): wrap volume takes it round to 0.
+            for (uint16_t scanCode : {0x10, 0xC8, 0xCD, 0x2F}) key(scanCode);
+        }
+        if (frame == 2) {
+            wrapped = app.CurrentModule().patterns[0].lines[0].volume[0];
+            platform.events.push_back(centre(menu.TitleRect(1), kGorbButton1Down));
+            platform.events.push_back(centre(menu.TitleRect(1), kGorbButton1Up));
+        }
+        if (frame == 3) {
+            const auto& edit = menu.Titles()[1].entries;
+            const auto options = std::find_if(edit.begin(), edit.end(), [](auto& e) { return e.text == "Options"; });
+            platform.events.push_back(centre(menu.EntryRect(0, static_cast<int>(options - edit.begin())), kGorbMouseMove));
+        }
+        if (frame == 4) {
+            platform.events.push_back(centre(menu.EntryRect(1, 0), kGorbButton1Down));
+            platform.events.push_back(centre(menu.EntryRect(1, 0), kGorbButton1Up));
+        }
+        if (frame == 6) atEnd = {checked(app, kMenuWrapVolume), checked(app, kMenuPasteDelete)};
+    };
+    EXPECT_EQ(app.Run("sondrel"), 0);
+    EXPECT_EQ(atStart, (std::array<bool, 2>{true, false}));
+    EXPECT_EQ(wrapped, 0);
+    EXPECT_EQ(atEnd, (std::array<bool, 2>{false, false}));
+    const auto bytes = test::ReadBytes(platform.preferencesFile);
+    const std::string text(bytes.begin(), bytes.end());
+    EXPECT_NE(text.find("editing {\n\twrap_volume        = false\n\tpaste_delete_notes = false\n}\n"),
+              std::string::npos)
+        << text;
 }
 
 TEST(PlayerFeedback, LineFlagsBecomeRedrawRequestsAndAreCleared) {

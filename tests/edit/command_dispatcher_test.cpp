@@ -249,12 +249,47 @@ TEST_F(DispatcherTest, MenusShowWhatCanActAndTheOptions) {
     EXPECT_FALSE(MenuItem(kMenuUndo).enabled);
     EXPECT_TRUE(MenuItem(kMenuRedo).enabled);
 
+    // Unbound, the options start as the program's defaults: "Paste: Delete" on.
+    EXPECT_FALSE(MenuItem(kMenuWrapVolume).checked);
+    EXPECT_TRUE(MenuItem(kMenuPasteDelete).checked);
     Menu(kMenuWrapVolume);
-    Menu(kMenuPasteDelete);
     Menu(kMenuPasteDelete);
     EXPECT_TRUE(MenuItem(kMenuWrapVolume).checked);
     EXPECT_FALSE(MenuItem(kMenuPasteDelete).checked);
     EXPECT_TRUE(dispatcher.Options().wrapVolume);
+}
+
+TEST_F(DispatcherTest, BoundOptionsAreShownToggledInPlaceAndFollowedByVolumeStepsAndPaste) {
+    EditOptions bound{.wrapVolume = true, .pasteDeleteNotes = false};
+    dispatcher.BindOptions(bound);
+    EXPECT_TRUE(MenuItem(kMenuWrapVolume).checked);
+    EXPECT_FALSE(MenuItem(kMenuPasteDelete).checked);
+
+    // Wrap on: V on volume 15 gives 0.
+    Key(kScanQ);
+    Line(0).volume[0] = 15;
+    Select(1, 0, 1, 1);
+    Key(kScanV);
+    EXPECT_EQ(Line(0).volume[0], 0);
+    // Paste: Delete off: an empty copied cell lets the note beneath show through.
+    Select(0, 1, 1, 1);
+    Key(kScanC, kCtrl);
+    Select(0, 0, 1, 1);
+    Key(kScanV, kCtrl);
+    EXPECT_NE(Line(0).note[0], kEmptyNote);
+
+    Menu(kMenuWrapVolume);
+    Menu(kMenuPasteDelete);
+    EXPECT_FALSE(bound.wrapVolume);
+    EXPECT_TRUE(bound.pasteDeleteNotes);
+    EXPECT_FALSE(MenuItem(kMenuWrapVolume).checked);
+    EXPECT_TRUE(MenuItem(kMenuPasteDelete).checked);
+    Key(kScanV, kCtrl);
+    EXPECT_EQ(Line(0).note[0], kEmptyNote);
+    Line(0).volume[0] = 15;
+    Select(1, 0, 1, 1);
+    Key(kScanV);
+    EXPECT_EQ(Line(0).volume[0], 15);
 }
 
 TEST_F(DispatcherTest, ControlsSetTheEditorAndTheWheelScrollsTheGrid) {
