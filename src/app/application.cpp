@@ -399,9 +399,12 @@ void Application::ShowDialog(ProgramDialog dialog) {
 }
 
 void Application::EditPreferences() {
-    const PreferenceValues current{prefs_.fullscreen, prefs_.volume, prefs_.midiInEnable, prefs_.midiInDeviceId};
+    const PreferenceValues current{prefs_.fullscreen, prefs_.volume, prefs_.midiInEnable, prefs_.midiInDeviceId,
+                                   prefs_.editing.undoWithCtrlZ};
     const auto chosen = RunPreferences(*requesters_, current);
     if (!chosen || *chosen == current) return;
+    prefs_.editing.undoWithCtrlZ = chosen->undoWithCtrlZ;
+    dispatcher_->RefreshMenus();
     if (chosen->fullscreen != prefs_.fullscreen && platform_.SetFullscreen(chosen->fullscreen))
         prefs_.fullscreen = chosen->fullscreen;
     prefs_.volume = static_cast<uint8_t>(chosen->volume);

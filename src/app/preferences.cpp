@@ -406,6 +406,9 @@ std::vector<ConfigEntry> PreferencesSchema(Preferences& prefs) {
                                  ConfigEntry::Boolean("paste_delete_notes", true, &prefs.editing.pasteDeleteNotes),
                              }),
         ConfigEntry::Section("files_and_directories", std::move(files)),
+        // Later additions, after the sections above so that their lines stay as they were.
+        ConfigEntry::Section("keys",
+                             {ConfigEntry::Boolean("undo_with_ctrl_z", false, &prefs.editing.undoWithCtrlZ)}),
     };
 }
 

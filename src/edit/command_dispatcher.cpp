@@ -79,6 +79,10 @@ void CommandDispatcher::RefreshMenus() {
     set(kMenuUndo, ctx_.undo.CanUndo() && !locked, false);
     set(kMenuRedo, ctx_.undo.CanRedo() && !locked, false);
     set(kMenuSaveModule, ctx_.undo.IsModified() || ctx_.module.fileName.empty(), false);
+    // The shortcuts shown follow the keys chosen for undo and redo.
+    const bool swapped = options_->undoWithCtrlZ;
+    if (MenuEntry* undo = FindMenuEntry(*menus_, kMenuUndo)) undo->shortcut = swapped ? "CTRL + z" : "CTRL + y";
+    if (MenuEntry* redo = FindMenuEntry(*menus_, kMenuRedo)) redo->shortcut = swapped ? "CTRL + y" : "CTRL + z";
     set(kMenuWrapVolume, true, options_->wrapVolume);
     set(kMenuPasteDelete, true, options_->pasteDeleteNotes);
 }
@@ -241,8 +245,8 @@ bool CommandDispatcher::CtrlKey(uint16_t scanCode, bool repeat) {
         return true;
     };
     switch (scanCode) {
-    case kScanY: MenuCommand(kMenuUndo); return true;
-    case kScanZ: MenuCommand(kMenuRedo); return true;
+    case kScanY: MenuCommand(options_->undoWithCtrlZ ? kMenuRedo : kMenuUndo); return true;
+    case kScanZ: MenuCommand(options_->undoWithCtrlZ ? kMenuUndo : kMenuRedo); return true;
     case kScanX: return once(kMenuCut);
     case kScanC: return once(kMenuCopy);
     case kScanV: return once(kMenuPaste);

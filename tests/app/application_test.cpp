@@ -427,10 +427,10 @@ TEST_F(ApplicationTest, TheSongIsHeardWhenStartedAndMidiNotesAreSoundedAndWritte
     EXPECT_EQ(midi.CurrentModule().patterns[0].lines[0].note[0], 69);
 }
 
-// The options of "Edit" > "Options" are the preferences file's: their check
-// marks and what they do start as the file says, and a toggle in the menu is
-// in the file after quitting.
-TEST_F(ApplicationTest, EditMenuOptionsComeFromThePreferencesFileAndGoBackToIt) {
+// The editing options are the preferences file's: the check marks of "Edit" >
+// "Options", what they do and the undo shortcut start as the file says, and a
+// toggle in the menu is in the file after quitting.
+TEST_F(ApplicationTest, EditOptionsComeFromThePreferencesFileAndGoBackToIt) {
     const auto checked = [](Application& app, int command) {
         return FindMenuEntry(app.MainMenu().Titles(), command)->checked;
     };
@@ -439,16 +439,22 @@ TEST_F(ApplicationTest, EditMenuOptionsComeFromThePreferencesFileAndGoBackToIt) 
     };
     const auto key = [&](uint16_t scanCode) { platform.events.push_back({.type = kGorbKeyDown, .key = scanCode}); };
 
-    // Without the keys the defaults stand: "Paste: Delete" is on.
+    const auto undoShortcut = [](Application& app) { return FindMenuEntry(app.MainMenu().Titles(), kMenuUndo)->shortcut; };
+    // Without the keys the defaults stand: "Paste: Delete" is on, Ctrl+Y undoes.
     std::array<bool, 2> atStart{}, atEnd{};
+    std::string shortcut;
     {
         Application app(platform, paths, ExitAfter(2));
-        platform.onFrame = [&](long) { atStart = {checked(app, kMenuWrapVolume), checked(app, kMenuPasteDelete)}; };
+        platform.onFrame = [&](long) {
+            atStart = {checked(app, kMenuWrapVolume), checked(app, kMenuPasteDelete)};
+            shortcut = undoShortcut(app);
+        };
         app.Run("sondrel");
     }
     EXPECT_EQ(atStart, (std::array<bool, 2>{false, true}));
+    EXPECT_EQ(shortcut, "CTRL + y");
 
-    WritePreferences("editing { wrap_volume = true paste_delete_notes = false }");
+    WritePreferences("editing { wrap_volume = true paste_delete_notes = false } keys { undo_with_ctrl_z = true }");
     platform.frames = 0;
     Application app(platform, paths, ExitAfter(12));
     uint8_t wrapped = 99;
@@ -456,6 +462,7 @@ TEST_F(ApplicationTest, EditMenuOptionsComeFromThePreferencesFileAndGoBackToIt) 
         DropDownMenuBar& menu = app.MainMenu();
         if (frame == 1) {
             atStart = {checked(app, kMenuWrapVolume), checked(app, kMenuPasteDelete)};
+            shortcut = undoShortcut(app);
             // A note, then V on its volume (15): wrap volume takes it round to 0.
             for (uint16_t scanCode : {0x10, 0xC8, 0xCD, 0x2F}) key(scanCode);
         }
@@ -477,6 +484,7 @@ TEST_F(ApplicationTest, EditMenuOptionsComeFromThePreferencesFileAndGoBackToIt) 
     };
     EXPECT_EQ(app.Run("sondrel"), 0);
     EXPECT_EQ(atStart, (std::array<bool, 2>{true, false}));
+    EXPECT_EQ(shortcut, "CTRL + z");
     EXPECT_EQ(wrapped, 0);
     EXPECT_EQ(atEnd, (std::array<bool, 2>{false, false}));
     const auto bytes = test::ReadBytes(platform.preferencesFile);

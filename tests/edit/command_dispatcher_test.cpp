@@ -292,6 +292,35 @@ TEST_F(DispatcherTest, BoundOptionsAreShownToggledInPlaceAndFollowedByVolumeStep
     EXPECT_EQ(Line(0).volume[0], 15);
 }
 
+// Off, Ctrl+Y undoes and Ctrl+Z redoes, as the menu shows; on, the other way round.
+TEST_F(DispatcherTest, TheUndoKeysOptionSwapsCtrlYAndCtrlZAndTheMenuShortcuts) {
+    EditOptions options;
+    dispatcher.BindOptions(options);
+    for (const bool ctrlZUndoes : {false, true}) {
+        SCOPED_TRACE(ctrlZUndoes ? "Ctrl+Z undoes" : "Ctrl+Y undoes");
+        options.undoWithCtrlZ = ctrlZUndoes;
+        dispatcher.RefreshMenus();
+        const uint16_t undoKey = ctrlZUndoes ? kScanZ : kScanY;
+        const uint16_t redoKey = ctrlZUndoes ? kScanY : kScanZ;
+        EXPECT_EQ(MenuItem(kMenuUndo).shortcut, ctrlZUndoes ? "CTRL + z" : "CTRL + y");
+        EXPECT_EQ(MenuItem(kMenuRedo).shortcut, ctrlZUndoes ? "CTRL + y" : "CTRL + z");
+
+        Select(0, 0, 1, 1);
+        const uint8_t before = Line(0).note[0];
+        Key(kScanQ);
+        const uint8_t entered = Line(0).note[0];
+        ASSERT_NE(entered, before);
+        Key(undoKey, kCtrl);
+        EXPECT_EQ(Line(0).note[0], before);
+        Key(undoKey, kCtrl);  // nothing older is left: stays
+        EXPECT_EQ(Line(0).note[0], before);
+        Key(redoKey, kCtrl);
+        EXPECT_EQ(Line(0).note[0], entered);
+        view.Settings().octave++;  // the next pass enters another note
+        undo.Reset(*module);
+    }
+}
+
 TEST_F(DispatcherTest, ControlsSetTheEditorAndTheWheelScrollsTheGrid) {
     Fill(128);
     dispatcher.Handle({kEntryValue, kControlOctave, 4});
