@@ -400,10 +400,11 @@ void Application::ShowDialog(ProgramDialog dialog) {
 
 void Application::EditPreferences() {
     const PreferenceValues current{prefs_.fullscreen, prefs_.volume, prefs_.midiInEnable, prefs_.midiInDeviceId,
-                                   prefs_.editing.undoWithCtrlZ};
+                                   prefs_.editing.undoWithCtrlZ, prefs_.editing.typeDigits};
     const auto chosen = RunPreferences(*requesters_, current);
     if (!chosen || *chosen == current) return;
     prefs_.editing.undoWithCtrlZ = chosen->undoWithCtrlZ;
+    prefs_.editing.typeDigits = chosen->typeDigits;
     dispatcher_->RefreshMenus();
     if (chosen->fullscreen != prefs_.fullscreen && platform_.SetFullscreen(chosen->fullscreen))
         prefs_.fullscreen = chosen->fullscreen;

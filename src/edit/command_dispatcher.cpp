@@ -88,6 +88,10 @@ void CommandDispatcher::RefreshMenus() {
 }
 
 void CommandDispatcher::Handle(const QueueEntry& entry) {
+    // Only digits typed one after another make one number: anything else the
+    // musician does in between begins a new one.
+    const bool digit = entry.kind == kEntryKeyDown && MayTypeDigit(KeyCode(entry.a), KeyModifiers(entry.b));
+    if (!digit && entry.kind != kEntryKeyUp) typing_.Forget();
     switch (entry.kind) {
     case kEntryMenuCommand: MenuCommand(static_cast<int>(entry.a)); break;
     case kEntryButton: ControlButton(static_cast<uint16_t>(entry.a), entry.b); break;
@@ -235,7 +239,7 @@ void CommandDispatcher::KeyDown(uint32_t a, uint32_t b) {
     const KeyPress key = KeyPressOf(a, b);
     if ((key.modifiers & kCtrlKeys) && CtrlKey(key.scanCode, key.repeat)) return;
     if (CommonKey(key.scanCode)) return;
-    HandlePatternKey(ctx_, key, {options_->wrapVolume});
+    HandlePatternKey(ctx_, key, {options_->wrapVolume, options_->typeDigits}, typing_);
 }
 
 bool CommandDispatcher::CtrlKey(uint16_t scanCode, bool repeat) {

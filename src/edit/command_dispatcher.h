@@ -12,6 +12,7 @@
 
 #include "edit/edit_options.h"
 #include "edit/editor_context.h"
+#include "edit/keys/digit_entry.h"
 #include "edit/tools/pattern_clipboard.h"
 #include "edit/tools/tool_dialogs.h"
 #include "files/export/midi_export.h"
@@ -122,6 +123,7 @@ private:
     PatternClipboard clipboard_;
     MidiExportOptions midiOptions_;
     std::unique_ptr<Exporter> exporter_;
+    DigitEntry typing_;  // the number being typed with the digit keys
     EditOptions ownOptions_;
     EditOptions* options_ = &ownOptions_;
     bool quit_ = false;

@@ -54,7 +54,8 @@ const char* const kDefaultFile =
     "\tlast_module10   = \"\"\n"
     "}\n"
     "keys {\n"
-    "\tundo_with_ctrl_z = false\n"
+    "\tundo_with_ctrl_z        = false\n"
+    "\ttype_values_with_digits = false\n"
     "}\n";
 
 std::string FileText(const std::filesystem::path& path) {
@@ -69,7 +70,7 @@ void WriteText(const std::filesystem::path& path, const std::string& text) {
 // Every bound value away from its default.
 Preferences Changed() {
     return {.fullscreen = true, .skin = "dark.skin", .theme = "night sky", .volume = 7, .midiInEnable = true,
-            .midiInDeviceId = 200, .editing = {.wrapVolume = true, .pasteDeleteNotes = false, .undoWithCtrlZ = true}, .lastModuleDir = "/m",
+            .midiInDeviceId = 200, .editing = {.wrapVolume = true, .pasteDeleteNotes = false, .undoWithCtrlZ = true, .typeDigits = true}, .lastModuleDir = "/m",
             .lastExportDir = "/e", .lastModules = {"/m/a.sdrltk", "", "/m/c d.sdrltk", "", "", "", "", "", "", "/z"}};
 }
 

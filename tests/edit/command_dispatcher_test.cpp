@@ -321,6 +321,36 @@ TEST_F(DispatcherTest, TheUndoKeysOptionSwapsCtrlYAndCtrlZAndTheMenuShortcuts) {
     }
 }
 
+// Digits typed one after another make one number only while nothing else
+// happens between them; with the option off they are what they were.
+TEST_F(DispatcherTest, TypedDigitsGoOnAsOneNumberUntilAnythingElseHappens) {
+    constexpr uint16_t kScan1 = 0x02;
+    EditOptions options{.typeDigits = true};
+    dispatcher.BindOptions(options);
+    Line(0).note[0] = 40;
+    Select(1, 0, 1, 1);
+    const auto type = [&](uint16_t scanCode) {
+        Key(scanCode);
+        dispatcher.Handle({kEntryKeyUp, scanCode, 0});
+    };
+    type(kScan1);
+    type(kScan5);
+    EXPECT_EQ(Line(0).volume[0], 15);
+    type(kScan1);
+    type(kScanDown);
+    type(kScanUp);
+    type(kScan5);
+    EXPECT_EQ(Line(0).volume[0], 5);
+    type(kScan1);
+    Menu(kMenuWrapVolume);
+    type(kScan2);
+    EXPECT_EQ(Line(0).volume[0], 2);
+
+    options.typeDigits = false;
+    type(kScan9);
+    EXPECT_EQ(Line(0).volume[0], 2);
+}
+
 TEST_F(DispatcherTest, ControlsSetTheEditorAndTheWheelScrollsTheGrid) {
     Fill(128);
     dispatcher.Handle({kEntryValue, kControlOctave, 4});

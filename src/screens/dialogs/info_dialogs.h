@@ -30,6 +30,7 @@ struct PreferenceValues {
     bool midiInEnable = false;
     int midiInDeviceId = 0;
     bool undoWithCtrlZ = false;  // "Editing": Ctrl+Z undoes, Ctrl+Y redoes
+    bool typeDigits = false;     // "Editing": digit keys type values in the pattern
     bool operator==(const PreferenceValues&) const = default;
 };
 
