@@ -336,6 +336,13 @@ TEST_F(DispatcherTest, TypedDigitsGoOnAsOneNumberUntilAnythingElseHappens) {
     type(kScan1);
     type(kScan5);
     EXPECT_EQ(Line(0).volume[0], 15);
+    // Shift pressed on its own on the way to Shift+digit keeps the number going.
+    constexpr uint16_t kScanLeftShift = 0x2A;
+    type(kScanLeftShift);
+    Key(kScan1, 1);
+    type(kScanLeftShift);
+    Key(kScan2, 1);
+    EXPECT_EQ(Line(0).instrument[0], 12);
     type(kScan1);
     type(kScanDown);
     type(kScanUp);

@@ -113,7 +113,14 @@ std::optional<DigitKey> DigitKeyAt(const PatternLine& line, int column, uint16_t
     }
 }
 
-bool MayTypeDigit(uint16_t scanCode, uint16_t modifiers) {
+bool KeepsNumberGoing(uint16_t scanCode, uint16_t modifiers) {
+    switch (scanCode) {
+    case 0x2A: case 0x36:  // Shift
+    case 0x1D: case 0x9D:  // Ctrl
+    case 0x38: case 0xB8:  // Alt
+        return true;
+    default: break;
+    }
     return (modifiers & kCtrlKeys) == 0 && HexDigit(scanCode, (modifiers & kShiftKeys) != 0).has_value();
 }
 

@@ -36,9 +36,11 @@ struct DigitKey {
 // What the key types at this cursor column (0..12) of the line, or nothing:
 // no digit key, a key with Ctrl, a note column or a field without a value.
 std::optional<DigitKey> DigitKeyAt(const PatternLine& line, int column, uint16_t scanCode, uint16_t modifiers);
-// Whether the key types a digit into some field (the dispatcher keeps the
-// number going only across such keys).
-bool MayTypeDigit(uint16_t scanCode, uint16_t modifiers);
+// Whether the number being typed goes on across this key: a key that types a
+// digit into some field, or a modifier key pressed on the way to one (Shift
+// for the instrument and the hexadecimal letters). Any other key begins a new
+// number.
+bool KeepsNumberGoing(uint16_t scanCode, uint16_t modifiers);
 
 // The byte of the line that holds the typed value of the column.
 uint8_t& TypedByte(PatternLine& line, int column, TypedValue value);
