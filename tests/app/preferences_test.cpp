@@ -70,7 +70,9 @@ void WriteText(const std::filesystem::path& path, const std::string& text) {
 // Every bound value away from its default.
 Preferences Changed() {
     return {.fullscreen = true, .skin = "dark.skin", .theme = "night sky", .volume = 7, .midiInEnable = true,
-            .midiInDeviceId = 200, .editing = {.wrapVolume = true, .pasteDeleteNotes = false, .undoWithCtrlZ = true, .typeDigits = true}, .lastModuleDir = "/m",
+            .midiInDeviceId = 200,
+            .editing = {.wrapVolume = true, .pasteDeleteNotes = false, .undoWithCtrlZ = true, .typeDigits = true},
+            .lastModuleDir = "/m",
             .lastExportDir = "/e", .lastModules = {"/m/a.sdrltk", "", "/m/c d.sdrltk", "", "", "", "", "", "", "/z"}};
 }
 
