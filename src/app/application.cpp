@@ -258,6 +258,8 @@ bool Application::StartUp() {
     instrumentEditing_ = std::make_unique<InstrumentEditing>(editor_->Context(), *requesters_);
     dispatcher_ = std::make_unique<CommandDispatcher>(editor_->Context(), *dialogs_, static_cast<CommandHost&>(*this));
     dispatcher_->SetMenus(&menuBar_->Titles());
+    // The "Edit" menu's options are the preferences' own, so the file keeps what the menu shows.
+    dispatcher_->BindOptions(prefs_.editing);
     PatternViewHooks hooks;
     hooks.setTitle = [this](const std::string& title) { platform_.SetWindowTitle(title); };
     hooks.modified = [this] { return editor_->Context().undo.IsModified(); };
@@ -397,9 +399,13 @@ void Application::ShowDialog(ProgramDialog dialog) {
 }
 
 void Application::EditPreferences() {
-    const PreferenceValues current{prefs_.fullscreen, prefs_.volume, prefs_.midiInEnable, prefs_.midiInDeviceId};
+    const PreferenceValues current{prefs_.fullscreen, prefs_.volume, prefs_.midiInEnable, prefs_.midiInDeviceId,
+                                   prefs_.editing.undoWithCtrlZ, prefs_.editing.typeDigits};
     const auto chosen = RunPreferences(*requesters_, current);
     if (!chosen || *chosen == current) return;
+    prefs_.editing.undoWithCtrlZ = chosen->undoWithCtrlZ;
+    prefs_.editing.typeDigits = chosen->typeDigits;
+    dispatcher_->RefreshMenus();
     if (chosen->fullscreen != prefs_.fullscreen && platform_.SetFullscreen(chosen->fullscreen))
         prefs_.fullscreen = chosen->fullscreen;
     prefs_.volume = static_cast<uint8_t>(chosen->volume);

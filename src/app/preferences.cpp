@@ -402,10 +402,16 @@ std::vector<ConfigEntry> PreferencesSchema(Preferences& prefs) {
                              }),
         ConfigEntry::Section("editing",
                              {
-                                 ConfigEntry::Boolean("wrap_volume", false, &prefs.wrapVolume),
-                                 ConfigEntry::Boolean("paste_delete_notes", true, &prefs.pasteDeleteNotes),
+                                 ConfigEntry::Boolean("wrap_volume", false, &prefs.editing.wrapVolume),
+                                 ConfigEntry::Boolean("paste_delete_notes", true, &prefs.editing.pasteDeleteNotes),
                              }),
         ConfigEntry::Section("files_and_directories", std::move(files)),
+        // Later additions, after the sections above so that their lines stay as they were.
+        ConfigEntry::Section("keys",
+                             {
+                                 ConfigEntry::Boolean("undo_with_ctrl_z", false, &prefs.editing.undoWithCtrlZ),
+                                 ConfigEntry::Boolean("type_values_with_digits", false, &prefs.editing.typeDigits),
+                             }),
     };
 }
 

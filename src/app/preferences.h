@@ -12,6 +12,8 @@
 #include <variant>
 #include <vector>
 
+#include "edit/edit_options.h"
+
 namespace sondrel {
 
 constexpr int kRecentModules = 10;
@@ -24,8 +26,7 @@ struct Preferences {
     uint8_t volume = 50;
     bool midiInEnable = false;
     uint8_t midiInDeviceId = 0;
-    bool wrapVolume = false;
-    bool pasteDeleteNotes = true;
+    EditOptions editing{};  // the command dispatcher works on these in place
     std::string lastModuleDir{};
     std::string lastExportDir{};
     std::array<std::string, kRecentModules> lastModules{};  // newest first

@@ -62,6 +62,11 @@ void CommandDispatcher::SetMenus(std::vector<MenuTitle>* titles) {
     RefreshMenus();
 }
 
+void CommandDispatcher::BindOptions(EditOptions& options) {
+    options_ = &options;
+    RefreshMenus();
+}
+
 void CommandDispatcher::RefreshMenus() {
     if (menus_ == nullptr) return;
     const auto set = [this](int command, bool enabled, bool checked) {
@@ -74,11 +79,19 @@ void CommandDispatcher::RefreshMenus() {
     set(kMenuUndo, ctx_.undo.CanUndo() && !locked, false);
     set(kMenuRedo, ctx_.undo.CanRedo() && !locked, false);
     set(kMenuSaveModule, ctx_.undo.IsModified() || ctx_.module.fileName.empty(), false);
-    set(kMenuWrapVolume, true, options_.wrapVolume);
-    set(kMenuPasteDelete, true, options_.pasteDelete);
+    // The shortcuts shown follow the keys chosen for undo and redo.
+    const bool swapped = options_->undoWithCtrlZ;
+    if (MenuEntry* undo = FindMenuEntry(*menus_, kMenuUndo)) undo->shortcut = swapped ? "CTRL + z" : "CTRL + y";
+    if (MenuEntry* redo = FindMenuEntry(*menus_, kMenuRedo)) redo->shortcut = swapped ? "CTRL + y" : "CTRL + z";
+    set(kMenuWrapVolume, true, options_->wrapVolume);
+    set(kMenuPasteDelete, true, options_->pasteDeleteNotes);
 }
 
 void CommandDispatcher::Handle(const QueueEntry& entry) {
+    // Only digits typed one after another make one number: anything else the
+    // musician does in between begins a new one.
+    const bool digit = entry.kind == kEntryKeyDown && KeepsNumberGoing(KeyCode(entry.a), KeyModifiers(entry.b));
+    if (!digit && entry.kind != kEntryKeyUp) typing_.Forget();
     switch (entry.kind) {
     case kEntryMenuCommand: MenuCommand(static_cast<int>(entry.a)); break;
     case kEntryButton: ControlButton(static_cast<uint16_t>(entry.a), entry.b); break;
@@ -133,15 +146,15 @@ void CommandDispatcher::MenuCommand(int command) {
     case kMenuClear: ClearSelection(ctx_); break;
     case kMenuCut: clipboard_.Cut(ctx_); break;
     case kMenuCopy: clipboard_.Copy(ctx_); break;
-    case kMenuPaste: clipboard_.Paste(ctx_, options_.pasteDelete); break;
+    case kMenuPaste: clipboard_.Paste(ctx_, options_->pasteDeleteNotes); break;
     case kMenuDouble: DoubleSelectionLines(ctx_); break;
     case kMenuHalf: HalveSelectionLines(ctx_); break;
     case kMenuChangeInstruments: ChangeInstruments(ctx_, dialogs_); break;
     case kMenuCopyChannels: CopyChannels(ctx_, dialogs_); break;
     case kMenuVolumeGradient: VolumeGradient(ctx_); break;
     case kMenuNoteGradient: NoteGradient(ctx_); break;
-    case kMenuWrapVolume: options_.wrapVolume = !options_.wrapVolume; break;
-    case kMenuPasteDelete: options_.pasteDelete = !options_.pasteDelete; break;
+    case kMenuWrapVolume: options_->wrapVolume = !options_->wrapVolume; break;
+    case kMenuPasteDelete: options_->pasteDeleteNotes = !options_->pasteDeleteNotes; break;
     case kMenuTransposeOctaveUp: TransposeSelection(ctx_, kOctaveUp); break;
     case kMenuTransposeOctaveDown: TransposeSelection(ctx_, kOctaveDown); break;
     case kMenuTransposeNoteUp: TransposeSelection(ctx_, kNoteUp); break;
@@ -226,7 +239,7 @@ void CommandDispatcher::KeyDown(uint32_t a, uint32_t b) {
     const KeyPress key = KeyPressOf(a, b);
     if ((key.modifiers & kCtrlKeys) && CtrlKey(key.scanCode, key.repeat)) return;
     if (CommonKey(key.scanCode)) return;
-    HandlePatternKey(ctx_, key, {options_.wrapVolume});
+    HandlePatternKey(ctx_, key, {options_->wrapVolume, options_->typeDigits}, typing_);
 }
 
 bool CommandDispatcher::CtrlKey(uint16_t scanCode, bool repeat) {
@@ -236,8 +249,8 @@ bool CommandDispatcher::CtrlKey(uint16_t scanCode, bool repeat) {
         return true;
     };
     switch (scanCode) {
-    case kScanY: MenuCommand(kMenuUndo); return true;
-    case kScanZ: MenuCommand(kMenuRedo); return true;
+    case kScanY: MenuCommand(options_->undoWithCtrlZ ? kMenuRedo : kMenuUndo); return true;
+    case kScanZ: MenuCommand(options_->undoWithCtrlZ ? kMenuUndo : kMenuRedo); return true;
     case kScanX: return once(kMenuCut);
     case kScanC: return once(kMenuCopy);
     case kScanV: return once(kMenuPaste);

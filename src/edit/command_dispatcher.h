@@ -10,7 +10,9 @@
 #include <string>
 #include <vector>
 
+#include "edit/edit_options.h"
 #include "edit/editor_context.h"
+#include "edit/keys/digit_entry.h"
 #include "edit/tools/pattern_clipboard.h"
 #include "edit/tools/tool_dialogs.h"
 #include "files/export/midi_export.h"
@@ -52,12 +54,6 @@ public:
     virtual ImportOptionsProvider& ImportOptions() = 0;
 };
 
-// The two options of the "Edit" menu, shown as check marks.
-struct DispatcherOptions {
-    bool wrapVolume = false;
-    bool pasteDelete = false;
-};
-
 class CommandDispatcher {
 public:
     CommandDispatcher(EditorContext& context, ToolDialogs& dialogs, CommandHost& host);
@@ -84,7 +80,11 @@ public:
     bool SaveModule();
     bool SaveModuleAs();
 
-    const DispatcherOptions& Options() const { return options_; }
+    // The options the commands follow and the menus show. The dispatcher
+    // keeps a set of its own until it is bound to the program's, which it
+    // then reads and toggles in place; they must outlive the dispatcher.
+    void BindOptions(EditOptions& options);
+    const EditOptions& Options() const { return *options_; }
     PatternClipboard& Clipboard() { return clipboard_; }
 
 private:
@@ -123,7 +123,9 @@ private:
     PatternClipboard clipboard_;
     MidiExportOptions midiOptions_;
     std::unique_ptr<Exporter> exporter_;
-    DispatcherOptions options_;
+    DigitEntry typing_;  // the number being typed with the digit keys
+    EditOptions ownOptions_;
+    EditOptions* options_ = &ownOptions_;
     bool quit_ = false;
 };
 

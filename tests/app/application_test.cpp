@@ -10,10 +10,12 @@
 #include <optional>
 #include <thread>
 
+#include "edit/main_menu.h"
 #include "files/module_file.h"
 #include "model/exception.h"
 #include "sound/song_player.h"
 #include "test_support.h"
+#include "ui/menu_bar.h"
 #include "ui/requesters/requesters.h"
 
 namespace sondrel {
@@ -423,6 +425,55 @@ TEST_F(ApplicationTest, TheSongIsHeardWhenStartedAndMidiNotesAreSoundedAndWritte
     midi.Run("sondrel");
     EXPECT_TRUE(SoundWasHeard());
     EXPECT_EQ(midi.CurrentModule().patterns[0].lines[0].note[0], 69);
+}
+
+// The editing options are the preferences file's: the check marks of "Edit" >
+// "Options", what they do and the undo shortcut start as the file says, and a
+// toggle in the menu is in the file after quitting.
+TEST_F(ApplicationTest, EditOptionsComeFromThePreferencesFileAndGoBackToIt) {
+    // What the menu shows: the two check marks and Undo's shortcut.
+    std::vector<std::string> shown;
+    const auto look = [&](Application& app) {
+        auto& titles = app.MainMenu().Titles();
+        shown.push_back(std::string(FindMenuEntry(titles, kMenuWrapVolume)->checked ? "wrap, " : "") +
+                        (FindMenuEntry(titles, kMenuPasteDelete)->checked ? "delete, " : "") +
+                        FindMenuEntry(titles, kMenuUndo)->shortcut);
+    };
+    const auto at = [](const Gorb_Rect& r, int type) { return Gorb_Event{.type = type, .x = r.x + 4, .y = r.y + 4}; };
+    const auto click = [&](const Gorb_Rect& r) {
+        platform.events.push_back(at(r, kGorbButton1Down));
+        platform.events.push_back(at(r, kGorbButton1Up));
+    };
+    {
+        Application app(platform, paths, ExitAfter(1));
+        platform.onFrame = [&](long) { look(app); };
+        app.Run("sondrel");
+    }
+
+    WritePreferences("editing { wrap_volume = true paste_delete_notes = false } keys { undo_with_ctrl_z = true }");
+    platform.frames = 0;
+    Application app(platform, paths, ExitAfter(8));
+    platform.onFrame = [&](long frame) {
+        DropDownMenuBar& menu = app.MainMenu();
+        if (frame == 1) {
+            look(app);
+            // A note, then V on its volume (15): wrap volume takes it round to 0.
+            for (uint16_t key : {0x10, 0xC8, 0xCD, 0x2F}) platform.events.push_back({.type = kGorbKeyDown, .key = key});
+        }
+        // Edit > Options > "Wrap volume" with the mouse.
+        const auto& edit = menu.Titles()[1].entries;
+        const auto options = std::find_if(edit.begin(), edit.end(), [](auto& e) { return e.text == "Options"; });
+        if (frame == 2) click(menu.TitleRect(1));
+        if (frame == 3) platform.events.push_back(at(menu.EntryRect(0, int(options - edit.begin())), kGorbMouseMove));
+        if (frame == 4) click(menu.EntryRect(1, 0));
+        if (frame == 6) look(app);
+    };
+    EXPECT_EQ(app.Run("sondrel"), 0);
+    EXPECT_EQ(shown, (std::vector<std::string>{"delete, CTRL + y", "wrap, CTRL + z", "CTRL + z"}));
+    EXPECT_EQ(app.CurrentModule().patterns[0].lines[0].volume[0], 0);
+    const auto bytes = test::ReadBytes(platform.preferencesFile);
+    const std::string text(bytes.begin(), bytes.end());
+    EXPECT_NE(text.find("\twrap_volume        = false\n\tpaste_delete_notes = false\n"), std::string::npos) << text;
 }
 
 TEST(PlayerFeedback, LineFlagsBecomeRedrawRequestsAndAreCleared) {

@@ -52,6 +52,10 @@ const char* const kDefaultFile =
     "\tlast_module8    = \"\"\n"
     "\tlast_module9    = \"\"\n"
     "\tlast_module10   = \"\"\n"
+    "}\n"
+    "keys {\n"
+    "\tundo_with_ctrl_z        = false\n"
+    "\ttype_values_with_digits = false\n"
     "}\n";
 
 std::string FileText(const std::filesystem::path& path) {
@@ -66,7 +70,9 @@ void WriteText(const std::filesystem::path& path, const std::string& text) {
 // Every bound value away from its default.
 Preferences Changed() {
     return {.fullscreen = true, .skin = "dark.skin", .theme = "night sky", .volume = 7, .midiInEnable = true,
-            .midiInDeviceId = 200, .wrapVolume = true, .pasteDeleteNotes = false, .lastModuleDir = "/m",
+            .midiInDeviceId = 200,
+            .editing = {.wrapVolume = true, .pasteDeleteNotes = false, .undoWithCtrlZ = true, .typeDigits = true},
+            .lastModuleDir = "/m",
             .lastExportDir = "/e", .lastModules = {"/m/a.sdrltk", "", "/m/c d.sdrltk", "", "", "", "", "", "", "/z"}};
 }
 
@@ -114,7 +120,7 @@ TEST(PreferencesFile, PartialFilesKeepTheOtherDefaultsAndNumbersAreClamped) {
         "appeareance { theme = \"x;y\" }\n"
         "appeareance { fullscreen = true }\n");
     EXPECT_EQ(TextOf(prefs),
-              TextOf({.fullscreen = true, .theme = "x;y", .wrapVolume = true, .pasteDeleteNotes = false}));
+              TextOf({.fullscreen = true, .theme = "x;y", .editing = {.wrapVolume = true, .pasteDeleteNotes = false}}));
 
     config.LoadText("sound_output { volume = 250 } midi_in { midi_in_device_id = 300 }");
     EXPECT_EQ(prefs.volume, 100);

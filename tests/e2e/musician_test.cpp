@@ -417,5 +417,40 @@ TEST_F(MusicianTest, ImportsAModAnswersItsDialogPlaysSavesAndUndoesAnInstrumentE
     EXPECT_GT(module->patternListLength, 1);
 }
 
+// With both key options on in the preferences file: the digits type the
+// volume after a note, Ctrl+Z undoes the last digit and Ctrl+Y redoes it.
+TEST_F(MusicianTest, TypesAVolumeWithDigitsAndUndoesWithCtrlZWhenThePreferencesSaySo) {
+    const std::string prefs = "keys { undo_with_ctrl_z = true type_values_with_digits = true }\n";
+    std::ofstream(app / "sondrel.prefs") << prefs;
+    auto program = Start("");
+    unsigned long window = 0;
+    ASSERT_NO_FATAL_FAILURE(WaitForMainScreen(window));
+
+    // A note on line 0 (the cursor goes on to line 1); 0 and 7 on line 1's
+    // volume make nothing (no note there), 1 and 2 on line 0's make 12; undo
+    // and redo leave 12, one more undo the 1.
+    ASSERT_TRUE(Keys("q Right 0 7 Up 1 2 ctrl+z ctrl+y ctrl+z"));
+    ASSERT_TRUE(TitleBecomes(window, kChangedTitle));
+    const auto before = Settled(window);
+    ASSERT_TRUE(before);
+    ASSERT_TRUE(Keys("ctrl+s"));
+    ASSERT_TRUE(RequesterOpens(window, *before)) << "no file requester";
+    ASSERT_TRUE(Type((dir / "song").string()));
+    ASSERT_TRUE(Keys("Return"));
+    ASSERT_TRUE(TitleBecomes(window, kCleanTitle)) << "not saved";
+    ASSERT_TRUE(ChooseFileMenu(window, "Quit..."));
+    ASSERT_EQ(program->Wait(kStepSeconds), 0) << Log();
+
+    ImportOptionsProvider options;
+    const auto module = LoadNewModule((dir / "song.sdrltk").string(), options);
+    ASSERT_TRUE(module);
+    EXPECT_EQ(module->patterns[0].lines[0].note[0], 48);
+    EXPECT_EQ(module->patterns[0].lines[0].volume[0], 1);
+    EXPECT_EQ(module->patterns[0].lines[1].note[0], kNoteEmpty);
+    const std::string kept = TextOf(app / "sondrel.prefs");
+    EXPECT_NE(kept.find("undo_with_ctrl_z        = true"), std::string::npos) << kept;
+    EXPECT_NE(kept.find("type_values_with_digits = true"), std::string::npos) << kept;
+}
+
 }  // namespace
 }  // namespace sondrel

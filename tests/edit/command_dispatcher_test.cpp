@@ -249,12 +249,70 @@ TEST_F(DispatcherTest, MenusShowWhatCanActAndTheOptions) {
     EXPECT_FALSE(MenuItem(kMenuUndo).enabled);
     EXPECT_TRUE(MenuItem(kMenuRedo).enabled);
 
+    // Unbound, the options start as the program's defaults: "Paste: Delete" on.
+    EXPECT_FALSE(MenuItem(kMenuWrapVolume).checked);
+    EXPECT_TRUE(MenuItem(kMenuPasteDelete).checked);
     Menu(kMenuWrapVolume);
-    Menu(kMenuPasteDelete);
     Menu(kMenuPasteDelete);
     EXPECT_TRUE(MenuItem(kMenuWrapVolume).checked);
     EXPECT_FALSE(MenuItem(kMenuPasteDelete).checked);
     EXPECT_TRUE(dispatcher.Options().wrapVolume);
+}
+
+// Bound options are toggled in place and followed; here paste, and the undo
+// keys with the menu's shortcut texts.
+TEST_F(DispatcherTest, BoundOptionsDecidePasteAndWhichOfCtrlYAndCtrlZUndoes) {
+    EditOptions bound{.pasteDeleteNotes = false};
+    dispatcher.BindOptions(bound);
+    EXPECT_FALSE(MenuItem(kMenuPasteDelete).checked);
+    Key(kScanQ);         // a note on line 0, the cursor on to line 1
+    Key(kScanC, kCtrl);  // line 1's empty note cell
+    Select(0, 0, 1, 1);
+    Key(kScanV, kCtrl);
+    EXPECT_NE(Line(0).note[0], kEmptyNote) << "the note shows through";
+    Menu(kMenuPasteDelete);
+    EXPECT_TRUE(bound.pasteDeleteNotes);
+    Key(kScanV, kCtrl);
+    EXPECT_EQ(Line(0).note[0], kEmptyNote);
+
+    for (const bool ctrlZUndoes : {false, true}) {
+        bound.undoWithCtrlZ = ctrlZUndoes;
+        dispatcher.RefreshMenus();
+        EXPECT_EQ(MenuItem(kMenuUndo).shortcut, ctrlZUndoes ? "CTRL + z" : "CTRL + y");
+        EXPECT_EQ(MenuItem(kMenuRedo).shortcut, ctrlZUndoes ? "CTRL + y" : "CTRL + z");
+        Key(ctrlZUndoes ? kScanZ : kScanY, kCtrl);
+        EXPECT_NE(Line(0).note[0], kEmptyNote) << ctrlZUndoes;
+        Key(ctrlZUndoes ? kScanY : kScanZ, kCtrl);
+        EXPECT_EQ(Line(0).note[0], kEmptyNote) << ctrlZUndoes;
+    }
+}
+
+// Digits make one number only while nothing but Shift comes between them.
+TEST_F(DispatcherTest, TypedDigitsGoOnAsOneNumberUntilAnythingElseHappens) {
+    EditOptions options{.typeDigits = true};
+    dispatcher.BindOptions(options);
+    Line(0).note[0] = 40;
+    Select(1, 0, 1, 1);
+    const auto type = [&](std::vector<uint16_t> keys, uint16_t modifiers = 0) {
+        for (uint16_t key : keys) {
+            Key(key, modifiers);
+            dispatcher.Handle({kEntryKeyUp, key, 0});
+        }
+    };
+    constexpr uint16_t kScan1 = 0x02, kLeftShift = 0x2A;
+    type({kScan1, kScan5});
+    EXPECT_EQ(Line(0).volume[0], 15);
+    type({kScan1, kScanDown, kScanUp, kScan5});
+    EXPECT_EQ(Line(0).volume[0], 5);
+    type({kScan1});
+    Menu(kMenuWrapVolume);
+    type({kScan2});
+    EXPECT_EQ(Line(0).volume[0], 2);
+    type({kLeftShift, kScan1, kLeftShift, kScan2}, 1);
+    EXPECT_EQ(Line(0).instrument[0], 12);
+    options.typeDigits = false;  // off: the digits do nothing on this field
+    type({kScan9});
+    EXPECT_EQ(Line(0).volume[0], 2);
 }
 
 TEST_F(DispatcherTest, ControlsSetTheEditorAndTheWheelScrollsTheGrid) {

@@ -167,9 +167,11 @@ TEST_F(ToolDialogTest, PreferencesAndModuleInformationShowWhatTheyAreGiven) {
         EXPECT_EQ(Labels(), (std::vector<std::string>{"Fullscreen:", "Volume:", "Enable MIDI-in:", "MIDI-in Device ID:"}));
         ClickWidget(kDialogWindowId, Field<CheckBox>("Fullscreen:").Id());
         Field<TextLine>("Volume:").SetText("101");
+        Press("Undo with Ctrl+Z, redo with Ctrl+Y");
+        Press("Type values with digits");
     });
     Then([&] { Press("Okay"); });
-    EXPECT_EQ(RunPreferences(requesters, current), (PreferenceValues{true, 100, true, 3}));
+    EXPECT_EQ(RunPreferences(requesters, current), (PreferenceValues{true, 100, true, 3, true, true}));
     Then([&] { Press("Cancel"); });
     EXPECT_FALSE(RunPreferences(requesters, current).has_value());
 

@@ -81,6 +81,19 @@ bool SetCommandKey(EditorContext& context, int column, int line, uint16_t scanCo
     return false;
 }
 
+// A digit typed into the value at the cursor, recorded as a step is.
+bool TypeDigit(EditorContext& context, const SelectionFrame& frame, uint16_t modifiers, uint16_t scanCode,
+               DigitEntry& typing) {
+    Pattern& pattern = PatternOf(context);
+    if (frame.y < 0 || frame.y >= pattern.length) return false;
+    const auto key = DigitKeyAt(pattern.lines[frame.y], frame.x, scanCode, modifiers);
+    if (!key) return false;
+    const DigitTarget target{CurrentPattern(context), frame.y, frame.x, key->value};
+    const uint8_t value = typing.Type(target, TypedByte(pattern.lines[frame.y], frame.x, key->value), key->digit);
+    ChangeFrameLines(context, frame, [&](Pattern& p) { TypedByte(p.lines[frame.y], frame.x, key->value) = value; });
+    return true;
+}
+
 // A note key while the song plays: any field of a channel enters the note on
 // the line the player is at, and the cursor stays.
 bool PlayingNoteKey(EditorContext& context, uint16_t modifiers, uint16_t scanCode) {
@@ -190,11 +203,13 @@ void WriteNote(EditorContext& context, uint8_t pattern, int line, int channel, u
     context.view.Invalidate(kRedrawChange);
 }
 
-bool EditKey(EditorContext& context, uint16_t modifiers, uint16_t scanCode, const PatternKeyOptions& options) {
+bool EditKey(EditorContext& context, uint16_t modifiers, uint16_t scanCode, const PatternKeyOptions& options,
+             DigitEntry& typing) {
     if (Locked(context)) return PlayingNoteKey(context, modifiers, scanCode);
     const bool down = (modifiers & kShiftKeys) != 0;
     const SelectionFrame frame = context.view.GetSelection();
     if (!IsSingleCell(frame)) return StepKey(context, frame, scanCode, down, options.wrapVolume);
+    if (options.typeDigits && TypeDigit(context, frame, modifiers, scanCode, typing)) return true;
 
     const int column = frame.x;
     const int line = frame.y;
@@ -245,6 +260,12 @@ void DeleteLine(EditorContext& context, bool shift) {
 }
 
 bool HandlePatternKey(EditorContext& context, const KeyPress& key, const PatternKeyOptions& options) {
+    DigitEntry typing;
+    return HandlePatternKey(context, key, options, typing);
+}
+
+bool HandlePatternKey(EditorContext& context, const KeyPress& key, const PatternKeyOptions& options,
+                      DigitEntry& typing) {
     const bool shift = (key.modifiers & kShiftKeys) != 0;
     switch (key.scanCode) {
     case kScanUp: MoveCursor(context, shift, 0, -1); return true;
@@ -266,7 +287,7 @@ bool HandlePatternKey(EditorContext& context, const KeyPress& key, const Pattern
         return true;
     }
     if ((key.modifiers & kCtrlKeys) && IsCtrlCommandKey(key.scanCode)) return false;
-    return EditKey(context, key.modifiers, key.scanCode, options);
+    return EditKey(context, key.modifiers, key.scanCode, options, typing);
 }
 
 }  // namespace sondrel

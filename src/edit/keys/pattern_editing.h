@@ -9,6 +9,7 @@
 #include <cstdint>
 
 #include "edit/editor_context.h"
+#include "edit/keys/digit_entry.h"
 #include "screens/pattern_view/selection_frame.h"
 
 namespace sondrel {
@@ -26,11 +27,15 @@ KeyPress KeyPressOf(uint32_t a, uint32_t b);
 // Options of the dispatcher that the steps read.
 struct PatternKeyOptions {
     bool wrapVolume = false;
+    bool typeDigits = false;  // digit keys type values at the cursor (see digit_entry.h)
 };
 
 // Does what the key means to the pattern; false for a key pattern editing
-// leaves to others (the Ctrl commands among them).
+// leaves to others (the Ctrl commands among them). Digits typed one after
+// another go on with the number in typing; without it each begins afresh.
 bool HandlePatternKey(EditorContext& context, const KeyPress& key, const PatternKeyOptions& options = {});
+bool HandlePatternKey(EditorContext& context, const KeyPress& key, const PatternKeyOptions& options,
+                      DigitEntry& typing);
 
 // Arrow and paging keys: with Shift the anchor stays and the frame grows.
 void MoveCursor(EditorContext& context, bool shift, int dColumns, int dLines);
@@ -38,7 +43,8 @@ void MoveCursor(EditorContext& context, bool shift, int dColumns, int dLines);
 void SpaceKey(EditorContext& context, bool shift);
 // Note and value keys at the cursor, or value keys over a larger frame.
 // False when the key is none of them.
-bool EditKey(EditorContext& context, uint16_t modifiers, uint16_t scanCode, const PatternKeyOptions& options = {});
+bool EditKey(EditorContext& context, uint16_t modifiers, uint16_t scanCode, const PatternKeyOptions& options,
+             DigitEntry& typing);
 // Return and Backspace: whole channels of the frame, or with Shift only its
 // cells. Deleting removes the line above the frame and needs one there.
 void InsertLine(EditorContext& context, bool shift);

@@ -108,9 +108,13 @@ std::optional<PreferenceValues> RunPreferences(Requesters& requesters, const Pre
     midiIn.SetOn(current.midiInEnable);
     TextLine& device = form.Number("MIDI-in Device ID:", current.midiInDeviceId, 0, 255);
     form.EndGroup();
+    form.BeginGroup("Editing");
+    CheckBox& undoWithCtrlZ = form.Check("Undo with Ctrl+Z, redo with Ctrl+Y", current.undoWithCtrlZ);
+    CheckBox& typeDigits = form.Check("Type values with digits", current.typeDigits);
+    form.EndGroup();
     PreferenceValues chosen = current;
     const auto read = [&](int) {
-        chosen = {fullscreen.On(), volume.Value(), midiIn.On(), device.Value()};
+        chosen = {fullscreen.On(), volume.Value(), midiIn.On(), device.Value(), undoWithCtrlZ.On(), typeDigits.On()};
         return true;
     };
     if (form.Run({"Okay", "Cancel"}, read) != 0) return std::nullopt;

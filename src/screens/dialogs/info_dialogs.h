@@ -23,12 +23,14 @@ struct ModuleInformation {
     double secondsAtCursor = 0;
 };
 
-// The four preferences the "Preferences" dialog edits.
+// The preferences the "Preferences" dialog edits.
 struct PreferenceValues {
     bool fullscreen = false;
     int volume = 50;  // 0..100
     bool midiInEnable = false;
     int midiInDeviceId = 0;
+    bool undoWithCtrlZ = false;  // "Editing": Ctrl+Z undoes, Ctrl+Y redoes
+    bool typeDigits = false;     // "Editing": digit keys type values in the pattern
     bool operator==(const PreferenceValues&) const = default;
 };
 
