@@ -97,6 +97,38 @@ TEST_F(ToolDialogTest, PatternSettingsTakeTheLengthOnlyForANewPatternAndEscapeCa
     EXPECT_EQ(RunPatternResize(requesters, 40), 1);
 }
 
+// A typed name stops at what undo can bring back; a longer name from a file
+// stays whole unless it is edited.
+TEST_F(ToolDialogTest, PatternNamesTakeNoMoreThanUndoKeeps) {
+    const std::string longest(kLongestPatternName, 'n');
+    for (const bool newPattern : {false, true}) {
+        Then([&] {
+            TextLine& name = Field<TextLine>("Name:");
+            EXPECT_EQ(name.MaxLength(), kLongestPatternName);
+            name.SetText("");
+            TypeInto(name, longest + "x");
+        });
+        Then([&] {
+            EXPECT_EQ(Field<TextLine>("Name:").Text(), longest);
+            Press("Okay");
+        });
+        const auto chosen = RunPatternSettings(requesters, {}, newPattern);
+        ASSERT_TRUE(chosen.has_value());
+        EXPECT_EQ(chosen->name, longest);
+    }
+
+    PatternSettings loaded;
+    loaded.name = longest + "ABC";
+    Then([&] { Press("Okay"); });
+    EXPECT_EQ(RunPatternSettings(requesters, loaded, false)->name, loaded.name);
+    Then([&] {
+        TypeInto(Field<TextLine>("Name:"), "");
+        QueueKey(TextLine::kKeyBackspace);
+    });
+    Then([&] { Press("Okay"); });
+    EXPECT_EQ(RunPatternSettings(requesters, loaded, false)->name, longest.substr(1));
+}
+
 TEST_F(ToolDialogTest, SweepingToolsGiveTheChosenPatternsLinesAndChannels) {
     Module module;
     module.NewModule({kDivider1x, kChipNtsc});

@@ -27,8 +27,9 @@ constexpr char kDividers[] = "1x\n2x";
 constexpr char kLineRanges[] = "Change all lines\nUse line range";
 constexpr int kWideDialog = 420;
 
-TextLine& StorableText(DialogForm& form, const std::string& label, const std::string& value) {
-    TextLine& line = form.Text(label, value, kLongestStorableText);
+TextLine& StorableText(DialogForm& form, const std::string& label, const std::string& value,
+                       std::size_t maxLength = kLongestStorableText) {
+    TextLine& line = form.Text(label, value, maxLength);
     TakeStorableText(line);
     return line;
 }
@@ -110,7 +111,7 @@ std::optional<PatternSettings> RunPatternSettings(Requesters& requesters, const 
                                                   bool newPattern) {
     DialogForm form(requesters, newPattern ? "New pattern settings" : "Pattern settings");
     if (!form.Opened()) return std::nullopt;
-    TextLine& name = StorableText(form, "Name:", current.name);
+    TextLine& name = StorableText(form, "Name:", current.name, kLongestPatternName);
     // Only a new pattern takes its length here; an existing one is resized on its own.
     TextLine* length = nullptr;
     if (newPattern)
@@ -124,6 +125,9 @@ std::optional<PatternSettings> RunPatternSettings(Requesters& requesters, const 
         if (button != 0) return true;
         chosen.name = name.Text();
         MakeTextStorable(chosen.name);
+        // A longer name from a loaded file shows cut in the field; left as it
+        // was, it stays whole (only an existing pattern keeps its name).
+        if (!newPattern && chosen.name == current.name.substr(0, kLongestPatternName)) chosen.name = current.name;
         if (length != nullptr) chosen.length = static_cast<uint16_t>(length->Value());
         const TactFields tacts[] = {main, secondary};
         for (int t = 0; t < 2; ++t) {

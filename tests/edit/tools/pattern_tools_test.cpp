@@ -153,6 +153,28 @@ TEST_F(PatternToolsTest, ResizingClearsTheNewLinesAndUndoRestoresTheOldOnes) {
     EXPECT_EQ(view.State().cursorLine, 63);
 }
 
+// The longest name the dialogs take comes back whole from undo and redo, of
+// the settings and of a deletion alike.
+TEST_F(PatternToolsTest, TheLongestPatternNameSurvivesUndo) {
+    const std::string old(kLongestPatternName, 'o');
+    const std::string typed(kLongestPatternName, 't');
+    SetList({0, 1});
+    module->patterns[0].name = old;
+    dialogs.patternSettings = SettingsOf(module->patterns[0]);
+    dialogs.patternSettings->name = typed;
+    ASSERT_TRUE(EditPatternSettings(ctx, dialogs));
+    ASSERT_TRUE(undo.Undo(undoView));
+    EXPECT_EQ(module->patterns[0].name, old);
+    ASSERT_TRUE(undo.Redo(undoView));
+    EXPECT_EQ(module->patterns[0].name, typed);
+
+    prompts.answers = {true};
+    ASSERT_TRUE(DeleteOldPattern(ctx));
+    EXPECT_FALSE(module->patterns[0].used);
+    ASSERT_TRUE(undo.Undo(undoView));
+    EXPECT_EQ(module->patterns[0].name, typed);
+}
+
 TEST_F(PatternToolsTest, OnlyPatternSettingsWorkWhileTheSongPlays) {
     song.Start(0, 0, false);
     dialogs.patternSettings = PatternSettings{"Intro", 32, {1, 1}, {0, 2}, {8, 4}};
