@@ -355,36 +355,36 @@ std::vector<Piece> Pieces() {
     }
 
     // Windows and menus.
-    p.push_back({"item", "GT_WINDOW", 24, 24, "3,3,3,3", [](Canvas& c, Box b) {
+    p.push_back({"item", "WINDOW", 24, 24, "3,3,3,3", [](Canvas& c, Box b) {
                      c.Outline(b, kOutline);
                      c.Bevel(b.Inset(1), kLight, kDark);
                      c.Fill(b.Inset(2), kBody);
                  }});
-    p.push_back({"hitem", "GT_WINDOW_TITLE", 24, 20, "3,3", [](Canvas& c, Box b) { TitleBar(c, b, true); }});
-    p.push_back({"hitem", "GT_WINDOW_TITLE_I", 24, 20, "3,3", [](Canvas& c, Box b) { TitleBar(c, b, false); }});
+    p.push_back({"hitem", "WINDOW_TITLE", 24, 20, "3,3", [](Canvas& c, Box b) { TitleBar(c, b, true); }});
+    p.push_back({"hitem", "WINDOW_TITLE_I", 24, 20, "3,3", [](Canvas& c, Box b) { TitleBar(c, b, false); }});
     p.push_back({"item", "GT_WINDOW_RESIZE", 12, 12, "", ResizeGrip});
-    p.push_back({"item", "GT_MENU", 24, 24, "2,2,2,2", [](Canvas& c, Box b) {
+    p.push_back({"item", "MENU", 24, 24, "2,2,2,2", [](Canvas& c, Box b) {
                      c.Outline(b, kOutline);
                      c.Fill(b.Inset(1), kFace);
                      c.Bevel(b.Inset(1), kLight, kDark);
                  }});
-    p.push_back({"hitem", "GT_MENU_BAR", 24, 20, "1,1", [](Canvas& c, Box b) {
+    p.push_back({"hitem", "MENU_BAR", 24, 20, "1,1", [](Canvas& c, Box b) {
                      c.Fill(b, kBody);
                      c.HLine(b.x, b.y + b.h - 1, b.w, kOutline);
                  }});
-    p.push_back({"hitem", "GT_MENU_BAR_ENTRY_S", 24, 20, "2,2", [](Canvas& c, Box b) {
+    p.push_back({"hitem", "MENU_BAR_ENTRY_S", 24, 20, "2,2", [](Canvas& c, Box b) {
                      c.Fill(b, kAccentDeep);
                      c.HLine(b.x, b.y + b.h - 2, b.w, kAccent);
                  }});
-    p.push_back({"hitem", "GT_MENU_ENTRY_S", 24, 18, "2,2", [](Canvas& c, Box b) {
+    p.push_back({"hitem", "MENU_ENTRY_S", 24, 18, "2,2", [](Canvas& c, Box b) {
                      c.Fill(b, kAccentDeep);
                      c.VLine(b.x, b.y, b.h, kAccent);
                  }});
-    p.push_back({"hitem", "GT_MENU_SEPARATOR", 24, 6, "2,2", [](Canvas& c, Box b) { Separator(c, b, true, kFace); }});
-    p.push_back({"sitem", "GT_MENU_CHECK", 10, 10, "", [](Canvas& c, Box b) { c.GlyphIn(b, kCheck, kAccent); }});
-    p.push_back({"sitem", "GT_MENU_CHECK_D", 10, 10, "", [](Canvas& c, Box b) { c.GlyphIn(b, kCheck, kTextDim); }});
-    p.push_back({"sitem", "GT_MENU_ARROW", 6, 10, "", [](Canvas& c, Box b) { c.GlyphIn(b, kArrowRight, kText); }});
-    p.push_back({"sitem", "GT_MENU_ARROW_S", 6, 10, "", [](Canvas& c, Box b) { c.GlyphIn(b, kArrowRight, kAccent); }});
+    p.push_back({"hitem", "MENU_SEPARATOR", 24, 6, "2,2", [](Canvas& c, Box b) { Separator(c, b, true, kFace); }});
+    p.push_back({"sitem", "MENU_CHECK", 10, 10, "", [](Canvas& c, Box b) { c.GlyphIn(b, kCheck, kAccent); }});
+    p.push_back({"sitem", "MENU_CHECK_D", 10, 10, "", [](Canvas& c, Box b) { c.GlyphIn(b, kCheck, kTextDim); }});
+    p.push_back({"sitem", "MENU_ARROW", 6, 10, "", [](Canvas& c, Box b) { c.GlyphIn(b, kArrowRight, kText); }});
+    p.push_back({"sitem", "MENU_ARROW_S", 6, 10, "", [](Canvas& c, Box b) { c.GlyphIn(b, kArrowRight, kAccent); }});
 
     // Frames, pictures and spacers.
     p.push_back({"item", "GT_FRAME", 12, 12, "2,2,2,2", [](Canvas& c, Box b) { Groove(c, b, 2); }});

@@ -310,14 +310,14 @@ bool DropDownMenuBar::KeyPress(uint16_t key, CommandQueue& queue) {
 
 void DropDownMenuBar::Draw(Painter& painter, const DrawStyle& style) const {
     const Gorb_Rect bar = BarRect();
-    if (!style.DrawItem(painter, "HGT_MENU_BAR", bar)) {
+    if (!style.DrawItem(painter, "HMENU_BAR", bar)) {
         painter.Fill(bar, style.Colour(ThemeColour::WindowBody));
         painter.HLine(0, bar.h - 1, bar.w, style.Colour(ThemeColour::BevelDark));
     }
     for (int i = 0; i < static_cast<int>(titles_.size()); ++i) {
         const Gorb_Rect rect = TitleRect(i);
         const bool open = i == openTitle_;
-        if (open && !style.DrawItem(painter, "HGT_MENU_BAR_ENTRY_S", rect)) {
+        if (open && !style.DrawItem(painter, "HMENU_BAR_ENTRY_S", rect)) {
             painter.Fill(rect, style.Colour(ThemeColour::Selection));
         }
         if (style.font != nullptr) {
@@ -329,7 +329,7 @@ void DropDownMenuBar::Draw(Painter& painter, const DrawStyle& style) const {
 }
 
 void DropDownMenuBar::DrawMenu(Painter& painter, const DrawStyle& style, const OpenMenu& menu) const {
-    if (!style.DrawItem(painter, "BGT_MENU", menu.rect)) {
+    if (!style.DrawItem(painter, "BMENU", menu.rect)) {
         painter.Fill(menu.rect, style.Colour(ThemeColour::WindowBody));
         painter.Bevel(menu.rect, style.Colour(ThemeColour::BevelLight), style.Colour(ThemeColour::BevelDark));
     }
@@ -343,7 +343,7 @@ void DropDownMenuBar::DrawMenu(Painter& painter, const DrawStyle& style, const O
 void DropDownMenuBar::DrawEntry(Painter& painter, const DrawStyle& style, const MenuEntry& entry,
                                 const Gorb_Rect& rect, bool hovered) const {
     if (entry.separator) {
-        if (!style.DrawItem(painter, "HGT_MENU_SEPARATOR", rect)) {
+        if (!style.DrawItem(painter, "HMENU_SEPARATOR", rect)) {
             const int y = rect.y + rect.h / 2 - 1;
             painter.HLine(rect.x + 2, y, rect.w - 4, style.Colour(ThemeColour::BevelDark));
             painter.HLine(rect.x + 2, y + 1, rect.w - 4, style.Colour(ThemeColour::BevelLight));
@@ -351,7 +351,7 @@ void DropDownMenuBar::DrawEntry(Painter& painter, const DrawStyle& style, const 
         return;
     }
     const bool selected = hovered && entry.enabled;
-    if (selected && !style.DrawItem(painter, "HGT_MENU_ENTRY_S", rect)) {
+    if (selected && !style.DrawItem(painter, "HMENU_ENTRY_S", rect)) {
         painter.Fill(rect, style.Colour(ThemeColour::Selection));
     }
     const ThemeColour text = !entry.enabled ? ThemeColour::TextDisabled
@@ -359,14 +359,14 @@ void DropDownMenuBar::DrawEntry(Painter& painter, const DrawStyle& style, const 
                                             : ThemeColour::Text;
     if (entry.checked) {
         const Gorb_Rect mark{rect.x + (kMarkColumn - 10) / 2, rect.y + (rect.h - 10) / 2, 10, 10};
-        if (!style.DrawItem(painter, entry.enabled ? "SGT_MENU_CHECK" : "SGT_MENU_CHECK_D", mark)) {
+        if (!style.DrawItem(painter, entry.enabled ? "SMENU_CHECK" : "SMENU_CHECK_D", mark)) {
             painter.Fill({mark.x + 2, mark.y + 2, 6, 6}, style.Colour(text));
         }
     }
     if (!entry.submenu.empty()) {
         const Gorb_Rect arrow{rect.x + rect.w - kMarkColumn + (kMarkColumn - 6) / 2, rect.y + (rect.h - 10) / 2, 6,
                               10};
-        if (!style.DrawItem(painter, selected ? "SGT_MENU_ARROW_S" : "SGT_MENU_ARROW", arrow)) {
+        if (!style.DrawItem(painter, selected ? "SMENU_ARROW_S" : "SMENU_ARROW", arrow)) {
             // A small triangle pointing right.
             for (int i = 0; i < 5; ++i) painter.VLine(arrow.x + i, arrow.y + i, 10 - 2 * i, style.Colour(text));
         }

@@ -228,7 +228,7 @@ void Toolkit::DrawWindow(Painter& painter, const Window& window) const {
     const Painter::Scope scope(painter, rect);
     const Gorb_Rect local{0, 0, rect.w, rect.h};
     const Gorb_Rect titleBar{0, 0, rect.w, kTitleBarHeight};
-    if (!style_.DrawItem(painter, "BGT_WINDOW", local)) {
+    if (!style_.DrawItem(painter, "BWINDOW", local)) {
         painter.Fill(local, style_.Colour(ThemeColour::WindowBody));
         const ThemeColour title = window.Active() ? ThemeColour::TitleActive : ThemeColour::TitleInactive;
         painter.Fill(titleBar, style_.Colour(title));

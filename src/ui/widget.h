@@ -169,8 +169,9 @@ public:
     virtual void FocusLost(WidgetContext&) {}
     // byTab: Tab moved the focus here (rather than a click).
     virtual void FocusGained(WidgetContext&, bool /*byTab*/) {}
-    // Lists and owner-drawn images tell the program when Tab brings the
-    // keyboard to them (a value entry with their value), so it can follow.
+    // Text lines, text fields, lists and owner-drawn images tell the program
+    // when Tab brings the keyboard to them (a value entry with their value),
+    // so it can follow.
     void AnnounceTabFocus(WidgetContext& context, bool byTab) const;
     // The wheel turned over the widget; true when it scrolled.
     virtual bool Wheel(WidgetContext&, int /*delta*/) { return false; }

@@ -241,7 +241,7 @@ TEST_F(ApplicationTest, ASkinThatCantBeLoadedShowsTheLoadersMessageAndEnds) {
     const std::string empty = "<skin name=\"bare\" author=\"\" picture=\"default.png\">\n</skin>\n";
     test::WriteBytes(skin, std::vector<unsigned char>(empty.begin(), empty.end()));
     const std::string shown = fs::absolute(skin).lexically_normal().string();
-    const std::string missingWindow = "message Skin item name not found\nskit_data_.name: BGT_WINDOW\nin " + shown;
+    const std::string missingWindow = "message Skin item name not found\nskit_data_.name: BWINDOW\nin " + shown;
     const std::string missingFile = "message Load(): Couldn't open file\n" + shown + " (No such file or directory)";
     for (const std::string& message : {missingWindow, missingFile}) {
         platform.log.clear();

@@ -43,7 +43,7 @@ protected:
     }
     // The texts of the dialog's widgets in the order they were added (a
     // group's frame after its rows): labels, choices joined by "|", buttons,
-    // and a list's line count.
+    // check boxes, and a list's line count.
     std::vector<std::string> Texts() {
         std::vector<std::string> texts;
         for (const auto& widget : Dialog()->Widgets()) {
@@ -52,6 +52,8 @@ protected:
                 texts.insert(texts.end(), text->Lines().begin(), text->Lines().end());
             if (const auto* frame = dynamic_cast<const Frame*>(w)) texts.push_back(frame->Label());
             if (const auto* button = dynamic_cast<const PushButton*>(w)) texts.push_back(button->Text());
+            if (const auto* box = dynamic_cast<const ToggleWidget*>(w); box && !box->Text().empty())
+                texts.push_back(box->Text());
             if (const auto* list = dynamic_cast<const ListBox*>(w))
                 texts.push_back(std::to_string(list->LineCount()) + " lines");
             if (const auto* choice = dynamic_cast<const MenuButton*>(w)) {

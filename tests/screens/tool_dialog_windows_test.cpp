@@ -97,6 +97,77 @@ TEST_F(ToolDialogTest, PatternSettingsTakeTheLengthOnlyForANewPatternAndEscapeCa
     EXPECT_EQ(RunPatternResize(requesters, 40), 1);
 }
 
+// A typed name stops at what undo can bring back; a longer name from a file
+// stays whole unless it is edited.
+TEST_F(ToolDialogTest, PatternNamesTakeNoMoreThanUndoKeeps) {
+    const std::string longest(kLongestPatternName, 'n');
+    for (const bool newPattern : {false, true}) {
+        Then([&] {
+            TextLine& name = Field<TextLine>("Name:");
+            EXPECT_EQ(name.MaxLength(), kLongestPatternName);
+            name.SetText("");
+            TypeInto(name, longest + "x");
+        });
+        Then([&] {
+            EXPECT_EQ(Field<TextLine>("Name:").Text(), longest);
+            Press("Okay");
+        });
+        const auto chosen = RunPatternSettings(requesters, {}, newPattern);
+        ASSERT_TRUE(chosen.has_value());
+        EXPECT_EQ(chosen->name, longest);
+    }
+
+    PatternSettings loaded;
+    loaded.name = longest + "ABC";
+    Then([&] { Press("Okay"); });
+    EXPECT_EQ(RunPatternSettings(requesters, loaded, false)->name, loaded.name);
+    Then([&] {
+        TypeInto(Field<TextLine>("Name:"), "");
+        QueueKey(TextLine::kKeyBackspace);
+    });
+    Then([&] { Press("Okay"); });
+    EXPECT_EQ(RunPatternSettings(requesters, loaded, false)->name, longest.substr(1));
+}
+
+// The sweeping tools show their fields in this order, the list of patterns
+// last; the overview's columns keep their headings whole.
+TEST_F(ToolDialogTest, ToolDialogsShowTheirFieldsInOrder) {
+    Module module;
+    module.NewModule({kDivider1x, kChipNtsc});
+    const std::vector<std::string> top{"Select all", "Start line:", "End line:", "Change all lines|Use line range"};
+    const auto with = [&](std::vector<std::string> rest) {
+        rest.insert(rest.begin(), top.begin(), top.end());
+        rest.insert(rest.end(), {"1 lines", "Apply", "Cancel"});
+        return rest;
+    };
+    Then([&] {
+        EXPECT_EQ(Texts(), with({"Channel 0", "Channel 1", "Channel 2", "Channel 3", "Toggle all", "Channel mask",
+                                 "Instrument #1:", "Instrument #2:",
+                                 "Change #1 to #2|Exchange #1 and #2|Change all to #2"}));
+        ExpectTidy();
+        QueueKey(kKeyEscape);
+    });
+    RunChangeInstruments(requesters, module);
+    Then([&] {
+        EXPECT_EQ(Texts(), with({"Channel #1:", "Channel #2:", "Copy #1 to #2|Exchange #1 and #2"}));
+        ExpectTidy();
+        QueueKey(kKeyEscape);
+    });
+    RunCopyChannels(requesters, module);
+
+    Then([&] {
+        const ListBox& list = *All<ListBox>().front();
+        std::vector<std::string> titles;
+        for (const ListColumn& column : list.Columns()) {
+            titles.push_back(column.title);
+            EXPECT_LE(MeasureText(column.title, toolkit.Style().font) + 4, column.width) << column.title;
+        }
+        EXPECT_EQ(titles, (std::vector<std::string>{"Name", "Length", "Used", "#"}));
+        QueueKey(kKeyEscape);
+    });
+    ShowPatternOverview(requesters, module);
+}
+
 TEST_F(ToolDialogTest, SweepingToolsGiveTheChosenPatternsLinesAndChannels) {
     Module module;
     module.NewModule({kDivider1x, kChipNtsc});
@@ -108,7 +179,7 @@ TEST_F(ToolDialogTest, SweepingToolsGiveTheChosenPatternsLinesAndChannels) {
         Press("Channel 2");  // back on
     });
     Then([&] {
-        auto& list = dynamic_cast<ListBox&>(*Dialog()->Widgets().front());
+        auto& list = *All<ListBox>().front();
         ASSERT_EQ(list.LineCount(), 2);
         list.Select(1);  // pattern 3 alone
         Field<TextLine>("Instrument #2:").SetNumber(7);
@@ -123,7 +194,7 @@ TEST_F(ToolDialogTest, SweepingToolsGiveTheChosenPatternsLinesAndChannels) {
     EXPECT_EQ(change->endLine, kMaxLines - 1);
 
     Then([&] {
-        auto& list = dynamic_cast<ListBox&>(*Dialog()->Widgets().front());
+        auto& list = *All<ListBox>().front();
         list.Select(0);
         Press("Select all");
     });

@@ -10,6 +10,8 @@
 #include "ui/widgets/check_box.h"
 #include "ui/widgets/push_button.h"
 #include "ui/widgets/scroll_bar.h"
+#include "ui/widgets/text_field.h"
+#include "ui/widgets/text_line.h"
 
 namespace sondrel {
 namespace {
@@ -144,6 +146,34 @@ TEST_F(ToolkitTest, TabWalksEnabledVisibleWidgetsBothWaysAndWraps) {
         }
         EXPECT_EQ(visits, c.visits) << "modifiers " << c.modifiers;
     }
+}
+
+// Tab into a text line or text field queues a value entry with its id (and
+// the line's number); a click into one doesn't, and buttons never do.
+TEST_F(ToolkitTest, TabIntoATextEntryQueuesItsValue) {
+    Window* window = toolkit.OpenWindow(1, {0, 0, 400, 300}, 0, "entries");
+    window->Emplace<PushButton>(1, Gorb_Rect{10, 30, 80, 20}, "b");
+    auto& number = window->Emplace<TextLine>(2, Gorb_Rect{10, 60, 80, 20});
+    number.SetNumeric(0, 99);
+    number.SetNumber(42);
+    window->Emplace<TextField>(3, Gorb_Rect{10, 90, 200, 40});
+    auto& name = window->Emplace<TextLine>(4, Gorb_Rect{10, 140, 80, 20});
+    name.SetText("Verse");
+
+    EXPECT_TRUE(Keys({{kKeyTab}}));
+    EXPECT_TRUE(Drain().empty());  // the button
+    EXPECT_TRUE(Keys({{kKeyTab}}));
+    EXPECT_EQ(Drain(), (Entries{{kEntryValue, 2, 42}}));
+    EXPECT_TRUE(Keys({{kKeyTab}}));
+    EXPECT_EQ(Drain(), (Entries{{kEntryValue, 2, 42}, {kEntryValue, 3, 0}}));
+    EXPECT_TRUE(Keys({{kKeyTab, 0, kGorbLeftShift}}));
+    EXPECT_EQ(Drain(), (Entries{{kEntryValue, 3, 0}, {kEntryValue, 2, 42}}));
+    EXPECT_TRUE(Keys({{kKeyTab}, {kKeyTab}}));
+    EXPECT_EQ(Drain(), (Entries{{kEntryValue, 2, 42}, {kEntryValue, 3, 0}, {kEntryValue, 3, 0}, {kEntryValue, 4, 0}}));
+
+    Click(number);
+    EXPECT_EQ(window->Focus(), &number);
+    EXPECT_EQ(Drain(), (Entries{{kEntryValue, 4, 0}}));  // only the name's leaving
 }
 
 TEST_F(ToolkitTest, DraggingByTheBodyMovesOnlyDraggableWindows) {

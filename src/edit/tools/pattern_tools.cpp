@@ -159,8 +159,14 @@ void ApplyCopyChannels(EditorContext& ctx, const CopyChannelsRequest& request) {
     ForEachRequestedLine(request, [&](uint8_t pattern, int line) {
         PatternLine& cells = ctx.module.patterns[pattern].lines[line];
         if (ChannelsEmpty(cells, request.copy)) return;
+        // Only a line the copy changes is recorded: a copy between the command
+        // column and a note channel, or of a channel onto itself, leaves every
+        // line as it is and so costs the history no more than its entry.
+        PatternLine copied = cells;
+        CopyLineChannels(copied, request.copy);
+        if (copied == cells) return;
         ctx.undo.AddRecord(pattern, line);
-        CopyLineChannels(cells, request.copy);
+        cells = copied;
     });
     ctx.undo.EndRecords();
     ctx.view.Invalidate(kRedrawAll);

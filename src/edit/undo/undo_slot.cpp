@@ -4,10 +4,13 @@
 #include <cstring>
 #include <type_traits>
 
+#include "screens/dialogs/tool_dialog_values.h"
+
 namespace sondrel {
 
 static_assert(std::is_trivially_copyable_v<PatternLine> && sizeof(PatternLine) <= kUndoSlotBytes,
               "a pattern line must fit one undo slot");
+static_assert(kLongestPatternName <= kUndoSlotBytes, "a pattern name the dialogs take must fit one undo slot");
 
 void PutLine(UndoSlot& slot, const PatternLine& line) {
     std::memcpy(slot.bytes.data(), &line, sizeof line);

@@ -19,12 +19,11 @@ namespace {
 constexpr int kButtonHeight = 22;
 constexpr int kGroupLabelSpace = 16;  // a group's label stands in its frame's top edge
 constexpr int kGroupIndent = 8;
-constexpr int kListLineHeight = 14;
 
 }  // namespace
 
 DialogForm::DialogForm(Requesters& requesters, const std::string& title, int width, int labelWidth)
-    : requesters_(requesters), width_(width), labelWidth_(labelWidth) {
+    : requesters_(requesters), width_(width), rowsRight_(width), labelWidth_(labelWidth) {
     // The window grows to its rows when it runs; until then it stands where it will.
     const int height = requesters.ScreenHeight() - 2 * kMargin;
     const Gorb_Rect rect{(requesters.ScreenWidth() - width) / 2, kMargin, width, height};
@@ -44,7 +43,7 @@ void DialogForm::BeginGroup(const std::string& label) {
 
 void DialogForm::EndGroup() {
     if (groupTop_ < 0 || window_ == nullptr) return;
-    const Gorb_Rect frame{kMargin, groupTop_, width_ - 2 * kMargin, y_ - groupTop_ + kRowGap};
+    const Gorb_Rect frame{kMargin, groupTop_, rowsRight_ - 2 * kMargin, y_ - groupTop_ + kRowGap};
     window_->Emplace<Frame>(NextId(), frame, groupLabel_);
     y_ += 2 * kRowGap + kRowGap;
     indent_ = 0;
@@ -53,7 +52,7 @@ void DialogForm::EndGroup() {
 
 Gorb_Rect DialogForm::Row(const std::string& label, int height) {
     const int left = kMargin + indent_;
-    const int right = width_ - kMargin - indent_;
+    const int right = rowsRight_ - kMargin - indent_;
     Gorb_Rect rect{left, y_, right - left, height};
     if (!label.empty()) {
         if (window_ != nullptr)
@@ -105,8 +104,17 @@ CheckBox& DialogForm::Check(const std::string& text, bool on) {
     return box;
 }
 
-ListBox& DialogForm::List(int rows) {
-    ListBox& list = Add<ListBox>({}, rows * kListLineHeight + 2 * ListBox::kBorder);
+ListBox& DialogForm::List(int rows, int lineHeight) {
+    ListBox& list = Add<ListBox>({}, rows * lineHeight + 2 * ListBox::kBorder);
+    list.SetLineHeight(lineHeight);
+    return list;
+}
+
+ListBox& DialogForm::ListBeside(int top) {
+    // Whole lines only, ending no lower than the last row.
+    const int lines = std::max(1, (y_ - kRowGap - top - 2 * ListBox::kBorder) / kListLineHeight);
+    const Gorb_Rect rect{rowsRight_, top, width_ - kMargin - rowsRight_, lines * kListLineHeight + 2 * ListBox::kBorder};
+    ListBox& list = window_->Emplace<ListBox>(NextId(), rect);
     list.SetLineHeight(kListLineHeight);
     return list;
 }
@@ -123,7 +131,8 @@ int DialogForm::Run(const std::vector<std::string>& buttons, const std::function
         window_->Emplace<PushButton>(NextId(), Gorb_Rect{x, buttonY, kButtonWidth, kButtonHeight}, label);
         x += kButtonWidth + kMargin;
     }
-    const int height = buttonY + kButtonHeight + kMargin;
+    // A form without buttons ends a margin below its last row.
+    const int height = count > 0 ? buttonY + kButtonHeight + kMargin : y_ - kRowGap + kMargin;
     window_->SetRect({(requesters_.ScreenWidth() - width_) / 2, std::max(0, (requesters_.ScreenHeight() - height) / 2),
                       width_, height});
 

@@ -36,6 +36,7 @@ public:
     static constexpr int kRowHeight = 20;
     static constexpr int kRowGap = 4;
     static constexpr int kButtonWidth = 80;
+    static constexpr int kListLineHeight = 14;
     static constexpr int kCancelled = -1;
 
     DialogForm(Requesters& requesters, const std::string& title, int width = 380, int labelWidth = 150);
@@ -60,8 +61,15 @@ public:
     // A selection field; choices separated by "\n".
     MenuButton& Choice(const std::string& label, std::string_view choices, int choice);
     CheckBox& Check(const std::string& text, bool on);
-    // A list box across the form, rows lines high.
-    ListBox& List(int rows);
+    // A list box across the form, rows lines of lineHeight pixels high.
+    ListBox& List(int rows, int lineHeight = kListLineHeight);
+
+    // Two columns: the rows added from now on take only the left width
+    // pixels of the form, and ListBeside puts a list right of them, from the
+    // row that began at top down to the last row added.
+    void NarrowRows(int width) { rowsRight_ = width; }
+    int NextRowTop() const { return y_; }
+    ListBox& ListBeside(int top);
 
     // A control of any kind in the control column (or across the form),
     // height pixels high.
@@ -87,6 +95,7 @@ private:
     Requesters& requesters_;
     Window* window_ = nullptr;
     int width_;
+    int rowsRight_;
     int labelWidth_;
     int y_ = kTitleBarHeight + kMargin;
     int indent_ = 0;

@@ -54,19 +54,23 @@ void ShowModuleInformation(Requesters& requesters, const ModuleInformation& info
 void ShowPatternOverview(Requesters& requesters, const Module& module) {
     DialogForm form(requesters, "Pattern overview", 360);
     if (!form.Opened()) return;
-    ListBox& list = form.List(20);
-    const int numbers = 4 * 8 + 8;
-    const int counts = 3 * 8 + 16;
-    list.SetColumns({{numbers, "%4d", "#"},
-                     {list.Rect().w - numbers - 2 * counts - 16, "%20s", "Name"},
-                     {counts, "%3d", "Length"},
-                     {counts, "%3d", "Used"}});
+    // Lines as high as the skin's, so the headings keep their descenders.
+    ListBox& list = form.List(18, 16);
+    // The three columns, then the pattern's number; each wide enough for its
+    // heading in the skin's font.
+    const int length = 56;
+    const int used = 44;
+    const int number = 36;
+    list.SetColumns({{list.Rect().w - length - used - number - 16, "%20s", "Name"},
+                     {length, "%4D", "Length"},
+                     {used, "%3D", "Used"},
+                     {number, "%3d", "#"}});
     std::vector<ListLine> lines;
     for (int p = 0; p < kPatterns; ++p) {
         const Pattern& pattern = module.patterns[p];
         if (pattern.used)
-            lines.push_back({static_cast<long long>(p), pattern.name, static_cast<long long>(pattern.length),
-                             static_cast<long long>(module.CountInList(p))});
+            lines.push_back({pattern.name, static_cast<long long>(pattern.length),
+                             static_cast<long long>(module.CountInList(p)), static_cast<long long>(p)});
     }
     list.SetLines(std::move(lines));
     form.Run({});

@@ -5,6 +5,7 @@
 
 #include <array>
 #include <bitset>
+#include <cstddef>
 #include <cstdint>
 #include <string>
 
@@ -28,6 +29,10 @@ struct ChannelCopy {
     uint8_t second = 0;
     uint8_t mode = kCopyFirstToSecond;
 };
+
+// The longest pattern name the dialogs take: the undo history keeps a name in
+// one 36-byte slot, and a longer one would come back cut after an undo.
+constexpr std::size_t kLongestPatternName = 36;
 
 // A pattern's header and length as the pattern settings dialog shows them.
 struct PatternSettings {

@@ -27,8 +27,9 @@ constexpr char kDividers[] = "1x\n2x";
 constexpr char kLineRanges[] = "Change all lines\nUse line range";
 constexpr int kWideDialog = 420;
 
-TextLine& StorableText(DialogForm& form, const std::string& label, const std::string& value) {
-    TextLine& line = form.Text(label, value, kLongestStorableText);
+TextLine& StorableText(DialogForm& form, const std::string& label, const std::string& value,
+                       std::size_t maxLength = kLongestStorableText) {
+    TextLine& line = form.Text(label, value, maxLength);
     TakeStorableText(line);
     return line;
 }
@@ -50,24 +51,33 @@ TactFields AddTact(DialogForm& form, const char* label, const PatternSettings& c
     return fields;
 }
 
-// The line range, the pattern list and "Select all" that both sweeping tools share.
+// What both sweeping tools share: "Select all" and the line range at the top
+// of the left column, and the list of patterns to the right of everything.
 class PatternSweep {
 public:
-    PatternSweep(DialogForm& form, const Module& module) {
+    static constexpr int kRowsWidth = 400;
+    static constexpr int kDialogWidth = 640;
+
+    PatternSweep(DialogForm& form, const Module& module) : form_(form), top_(form.NextRowTop()) {
         for (int p = 0; p < kPatterns; ++p)
             if (module.patterns[p].used) patterns_.push_back(p);
-        list_ = &form.List(8);
+        form.NarrowRows(kRowsWidth);
+        selectAll_ = &form.Add<PushButton>({}, DialogForm::kRowHeight, "Select all");
+        selectAll_->SetRect({selectAll_->Rect().x, selectAll_->Rect().y, DialogForm::kButtonWidth, DialogForm::kRowHeight});
+        start_ = &form.Number("Start line:", 0, 0, kMaxLines - 1);
+        end_ = &form.Number("End line:", kMaxLines - 1, 0, kMaxLines - 1);
+        range_ = &form.Choice({}, kLineRanges, 0);
+    }
+
+    // The list of patterns, every one chosen, after the tool's own fields.
+    void AddList(const Module& module) {
+        list_ = &form_.ListBeside(top_);
         list_->SetColumns({{32, "%3d", ""}, {list_->Rect().w - 32 - 16, "%24s", ""}});
         std::vector<ListLine> lines;
         for (int p : patterns_) lines.push_back({static_cast<long long>(p), module.patterns[p].name});
         list_->SetLines(std::move(lines));
         list_->SetExtended(true);
         SelectAll();
-        selectAll_ = &form.Add<PushButton>({}, DialogForm::kRowHeight, "Select all");
-        selectAll_->SetRect({selectAll_->Rect().x, selectAll_->Rect().y, DialogForm::kButtonWidth, DialogForm::kRowHeight});
-        range_ = &form.Choice({}, kLineRanges, 0);
-        start_ = &form.Number("Start line:", 0, 0, kMaxLines - 1);
-        end_ = &form.Number("End line:", kMaxLines - 1, 0, kMaxLines - 1);
     }
 
     // "Select all" chooses every pattern listed.
@@ -96,8 +106,10 @@ private:
         for (int line = 0; line < list_->LineCount(); ++line) list_->SetSelected(line, true);
     }
 
+    DialogForm& form_;
+    int top_;
     std::vector<int> patterns_;
-    ListBox* list_;
+    ListBox* list_ = nullptr;
     PushButton* selectAll_;
     MenuButton* range_;
     TextLine* start_;
@@ -110,7 +122,7 @@ std::optional<PatternSettings> RunPatternSettings(Requesters& requesters, const 
                                                   bool newPattern) {
     DialogForm form(requesters, newPattern ? "New pattern settings" : "Pattern settings");
     if (!form.Opened()) return std::nullopt;
-    TextLine& name = StorableText(form, "Name:", current.name);
+    TextLine& name = StorableText(form, "Name:", current.name, kLongestPatternName);
     // Only a new pattern takes its length here; an existing one is resized on its own.
     TextLine* length = nullptr;
     if (newPattern)
@@ -124,6 +136,9 @@ std::optional<PatternSettings> RunPatternSettings(Requesters& requesters, const 
         if (button != 0) return true;
         chosen.name = name.Text();
         MakeTextStorable(chosen.name);
+        // A longer name from a loaded file shows cut in the field; left as it
+        // was, it stays whole (only an existing pattern keeps its name).
+        if (!newPattern && chosen.name == current.name.substr(0, kLongestPatternName)) chosen.name = current.name;
         if (length != nullptr) chosen.length = static_cast<uint16_t>(length->Value());
         const TactFields tacts[] = {main, secondary};
         for (int t = 0; t < 2; ++t) {
@@ -184,7 +199,7 @@ std::optional<ModuleSettings> RunModuleSettings(Requesters& requesters, const Mo
 }
 
 std::optional<ChangeInstrumentsRequest> RunChangeInstruments(Requesters& requesters, const Module& module) {
-    DialogForm form(requesters, "Change instruments", kWideDialog, 130);
+    DialogForm form(requesters, "Change instruments", PatternSweep::kDialogWidth, 130);
     if (!form.Opened()) return std::nullopt;
     PatternSweep sweep(form, module);
     form.BeginGroup("Channel mask");
@@ -196,6 +211,7 @@ std::optional<ChangeInstrumentsRequest> RunChangeInstruments(Requesters& request
     TextLine& first = form.Number("Instrument #1:", 0, 0, kInstruments - 1);
     TextLine& second = form.Number("Instrument #2:", 0, 0, kInstruments - 1);
     MenuButton& mode = form.Choice({}, "Change #1 to #2\nExchange #1 and #2\nChange all to #2", 0);
+    sweep.AddList(module);
     ChangeInstrumentsRequest request;
     const auto read = [&](int) {
         sweep.Fill(request);
@@ -216,13 +232,14 @@ std::optional<ChangeInstrumentsRequest> RunChangeInstruments(Requesters& request
 }
 
 std::optional<CopyChannelsRequest> RunCopyChannels(Requesters& requesters, const Module& module) {
-    DialogForm form(requesters, "Copy channels", kWideDialog, 130);
+    DialogForm form(requesters, "Copy channels", PatternSweep::kDialogWidth, 130);
     if (!form.Opened()) return std::nullopt;
     PatternSweep sweep(form, module);
     // The command column counts as channel 4.
     TextLine& first = form.Number("Channel #1:", 0, 0, kCommandChannel);
     TextLine& second = form.Number("Channel #2:", 1, 0, kCommandChannel);
     MenuButton& mode = form.Choice({}, "Copy #1 to #2\nExchange #1 and #2", 0);
+    sweep.AddList(module);
     CopyChannelsRequest request;
     const auto read = [&](int) {
         sweep.Fill(request);

@@ -32,7 +32,7 @@ const SkinConfigName* FindSkinConfigName(std::string_view name) {
 
 const std::array<std::string_view, kSkinWidgetTypeCount>& SkinWidgetTypeNames() {
     static constexpr std::array<std::string_view, kSkinWidgetTypeCount> kNames = {
-        "GT_WINDOW",       "GT_MENU",         "GT_BUTTON",      "GT_MBUTTON",     "GT_WINDOW_CLOSE",
+        "WINDOW",          "MENU",            "GT_BUTTON",      "GT_MBUTTON",     "GT_WINDOW_CLOSE",
         "GT_WINDOW_MAXIMIZE", "GT_WINDOW_RESIZE", "GT_SPEEDBUTTON", "GT_CHECKBOX",  "GT_SELECTBOX",
         "GT_CHECKBUTTON",  "GT_SELECTBUTTON", "GT_FRAME",       "GT_HGAUGE",      "GT_VGAUGE",
         "GT_PROGRESSBAR",  "GT_HSCRBAR",      "GT_VSCRBAR",     "GT_HSLIDER",     "GT_VSLIDER",
@@ -40,6 +40,38 @@ const std::array<std::string_view, kSkinWidgetTypeCount>& SkinWidgetTypeNames() 
         "GT_VSPACE_BAR",
     };
     return kNames;
+}
+
+namespace {
+
+// Whether name begins with the type name as a whole: the name ends there or
+// goes on with a part ("_TITLE") or a variant digit.
+bool BeginsWithType(std::string_view name, std::string_view type) {
+    if (!name.starts_with(type)) return false;
+    if (name.size() == type.size()) return true;
+    const char next = name[type.size()];
+    return next == '_' || (next >= '0' && next <= '9');
+}
+
+}  // namespace
+
+std::string TableItemName(std::string_view name) {
+    constexpr std::string_view kOldPrefix = "GT_";
+    if (!name.starts_with(kOldPrefix)) return std::string(name);
+    // The longest type name the item's name begins with, in either spelling,
+    // so that GT_WINDOW_CLOSE stays the close box and GT_WINDOW_TITLE becomes
+    // WINDOW_TITLE.
+    std::size_t longest = 0;
+    bool old = false;
+    for (std::string_view type : SkinWidgetTypeNames()) {
+        const bool prefixed = type.starts_with(kOldPrefix);
+        const std::string spelled = prefixed ? std::string(type) : std::string(kOldPrefix) + std::string(type);
+        if (spelled.size() > longest && BeginsWithType(name, spelled)) {
+            longest = spelled.size();
+            old = !prefixed;
+        }
+    }
+    return old ? std::string(name.substr(kOldPrefix.size())) : std::string(name);
 }
 
 namespace {
@@ -59,8 +91,8 @@ SkinRequirements MakeRequirements() {
     }
     const char* const parts[] = {
         "BGT_CHECKBOX_T",      "BGT_SELECTBOX_T",     "BGT_CHECKBUTTON_T",  "BGT_SELECTBUTTON_T",
-        "HGT_WINDOW_TITLE",    "HGT_WINDOW_TITLE_I",  "HGT_MENU_BAR",       "HGT_MENU_ENTRY_S",
-        "HGT_MENU_SEPARATOR",  "SGT_MENU_CHECK",      "SGT_MENU_ARROW",     "HGT_HGAUGE_BAR",
+        "HWINDOW_TITLE",       "HWINDOW_TITLE_I",     "HMENU_BAR",          "HMENU_ENTRY_S",
+        "HMENU_SEPARATOR",     "SMENU_CHECK",         "SMENU_ARROW",        "HGT_HGAUGE_BAR",
         "VGT_VGAUGE_BAR",      "HGT_PROGRESSBAR_BAR", "SGT_HSCRBAR_ARROW",  "SGT_HSCRBAR_ARROW2",
         "HGT_HSCRBAR_GRIP",    "SGT_VSCRBAR_ARROW",   "SGT_VSCRBAR_ARROW2", "VGT_VSCRBAR_GRIP",
         "SGT_HSLIDER_GRIP",    "SGT_VSLIDER_GRIP",    "HGT_LIST_COLUMN",

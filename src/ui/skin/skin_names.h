@@ -4,10 +4,10 @@
 // skin may set with their numeric attributes, and the keys every skin must
 // define for the widgets to draw.
 //
-// Item and colour area names read GT_<KIND>[_<PART>][2][_<STATE>], behind the
+// Item and colour area names read <TYPE>[_<PART>][2][_<STATE>], behind the
 // prefix their entry kind gives them (B item or col, H hitem or hcol, V vitem
-// or vcol, S sitem or scol). KIND is the widget kind (BUTTON, HSCRBAR, ...),
-// PART a piece of it (ARROW, GRIP, BAR, LINE, CUR, ...), and "2" the second
+// or vcol, S sitem or scol). TYPE is the widget kind's type name (WINDOW,
+// MENU, GT_BUTTON, GT_HSCRBAR, ...), PART a piece of it (ARROW, GRIP, BAR, LINE, CUR, ...), and "2" the second
 // of a pair: the right or lower scroll arrow, the other colour of alternating
 // list lines. The state suffixes:
 //   _P pressed: the mouse button is held on it
@@ -122,9 +122,16 @@ inline constexpr std::string_view kIconDrive = "drive";
 // What the toolkit's widgets look up.
 const SkinRequirements& RequiredSkinKeys();
 
-// The skin's widget type names ("GT_WINDOW" ... "GT_VSPACE_BAR") in the order
-// of its type table; the toolkit numbers its widget kinds the same way.
+// The skin's widget type names ("WINDOW", "MENU", "GT_BUTTON" ... "GT_VSPACE_BAR")
+// in the order of its type table; the toolkit numbers its widget kinds the
+// same way.
 constexpr int kSkinWidgetTypeCount = 26;
 const std::array<std::string_view, kSkinWidgetTypeCount>& SkinWidgetTypeNames();
+
+// An item or colour name as the type table spells it. Older skins wrote the
+// window and menu kinds with the GT_ prefix the other kinds have
+// (GT_WINDOW, GT_MENU_BAR); such a name comes back as the table's (WINDOW,
+// MENU_BAR), every other name as it is.
+std::string TableItemName(std::string_view name);
 
 }  // namespace sondrel

@@ -67,19 +67,19 @@ private:
         for (const EntryKind& kind : kItemKinds) {
             if (!tokenizer_.IsTagOpen(kind.tag)) continue;
             SkinItem item;
-            ReadArea(kind, item);
+            const bool oldName = ReadArea(kind, item);
             if (auto ext = OptionalNumbers("ext", 4)) std::copy(ext->begin(), ext->end(), item.ext.begin());
             if (auto anim = OptionalNumbers("anim", 2)) item.anim = {(*anim)[0], (*anim)[1]};
             ReadNumAndEnd(item);
-            skin.items[item.key] = item;
+            Store(skin.items, std::move(item), oldName);
             return true;
         }
         for (const EntryKind& kind : kColourKinds) {
             if (!tokenizer_.IsTagOpen(kind.tag)) continue;
             SkinColourArea area;
-            ReadArea(kind, area);
+            const bool oldName = ReadArea(kind, area);
             ReadNumAndEnd(area);
-            skin.colourAreas[area.key] = area;
+            Store(skin.colourAreas, std::move(area), oldName);
             return true;
         }
         if (tokenizer_.IsTagOpen("font")) {
@@ -100,9 +100,23 @@ private:
         return true;
     }
 
-    // name, rect, brd and hvr: what items and colour areas share.
-    void ReadArea(const EntryKind& kind, SkinColourArea& area) {
-        area.key = kind.prefix + tokenizer_.ReadKeyString("name");
+    // An entry under a name in the older spelling gives way to one the skin
+    // writes as the type table does, wherever the two stand.
+    template <typename Map, typename Area>
+    static void Store(Map& map, Area area, bool oldName) {
+        const std::string key = area.key;
+        if (oldName)
+            map.try_emplace(key, std::move(area));
+        else
+            map[key] = std::move(area);
+    }
+
+    // name, rect, brd and hvr: what items and colour areas share. True when
+    // the name was written in the older spelling of the type table's names.
+    bool ReadArea(const EntryKind& kind, SkinColourArea& area) {
+        const std::string name = tokenizer_.ReadKeyString("name");
+        const std::string tableName = TableItemName(name);
+        area.key = kind.prefix + tableName;
         area.rect = ToRect(Numbers("rect", 4));
         const int count = static_cast<int>(std::count(kind.borders.begin(), kind.borders.end(), true));
         if (count > 0) {
@@ -118,6 +132,7 @@ private:
         area.innerHeight = area.rect.h - area.borders.top - area.borders.bottom;
         if (auto hvr = OptionalNumbers("hvr", 1)) area.hvr = (*hvr)[0];
         area.defined = true;
+        return tableName != name;
     }
 
     void ReadNumAndEnd(SkinColourArea& area) {

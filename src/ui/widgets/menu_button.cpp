@@ -125,19 +125,19 @@ bool MenuButton::List::KeyPress(WidgetContext& context, const Gorb_Event& event)
 void MenuButton::List::Draw(Painter& painter, const DrawStyle& style) const {
     const Gorb_Rect& rect = button_.listRect_;
     // The drop-down menus' look.
-    if (!style.DrawItem(painter, "BGT_MENU", rect)) {
+    if (!style.DrawItem(painter, "BMENU", rect)) {
         painter.Fill(rect, style.Colour(ThemeColour::WindowBody));
         painter.Bevel(rect, style.Colour(ThemeColour::BevelLight), style.Colour(ThemeColour::BevelDark));
     }
     for (int i = 0; i < static_cast<int>(button_.choices_.size()); ++i) {
         const Gorb_Rect line = button_.LineRect(i);
         const bool highlighted = i == button_.highlighted_;
-        if (highlighted && !style.DrawItem(painter, "HGT_MENU_ENTRY_S", line))
+        if (highlighted && !style.DrawItem(painter, "HMENU_ENTRY_S", line))
             painter.Fill(line, style.Colour(ThemeColour::Selection));
         const uint32_t text = style.Colour(highlighted ? ThemeColour::TextSelected : ThemeColour::Text);
         if (i == button_.choice_) {
             const Gorb_Rect mark{line.x + (kMarkColumn - 10) / 2, line.y + (line.h - 10) / 2, 10, 10};
-            if (!style.DrawItem(painter, "SGT_MENU_CHECK", mark)) painter.Fill({mark.x + 2, mark.y + 2, 6, 6}, text);
+            if (!style.DrawItem(painter, "SMENU_CHECK", mark)) painter.Fill({mark.x + 2, mark.y + 2, 6, 6}, text);
         }
         if (style.font != nullptr) {
             painter.TextIn(*style.font, {line.x + kMarkColumn, line.y, line.w - kMarkColumn - 2, line.h},

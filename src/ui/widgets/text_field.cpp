@@ -164,7 +164,10 @@ bool TextField::KeyPress(WidgetContext& context, const Gorb_Event& event) {
     return true;
 }
 
-void TextField::FocusGained(WidgetContext&, bool) { focused_ = true; }
+void TextField::FocusGained(WidgetContext& context, bool byTab) {
+    focused_ = true;
+    AnnounceTabFocus(context, byTab);
+}
 
 void TextField::FocusLost(WidgetContext& context) {
     focused_ = false;

@@ -115,8 +115,9 @@ void TextLine::EditKey(WidgetContext& context, const Gorb_Event& event) {
                     numeric_ ? TextEdit::Filter(numeric) : TextEdit::Filter{});
 }
 
-void TextLine::FocusGained(WidgetContext&, bool byTab) {
+void TextLine::FocusGained(WidgetContext& context, bool byTab) {
     focused_ = true;
+    AnnounceTabFocus(context, byTab);
     // Tabbing in selects everything, so typing replaces it.
     if (byTab) edit_.SelectAll();
 }

@@ -89,6 +89,49 @@ TEST_F(PatternToolsTest, CopyAndExchangeChannelsSkipEmptyLinesAndUndo) {
     }
 }
 
+// A copy that leaves lines as they are records none of them: the entry alone
+// stays, one slot long, and undoing it changes nothing.
+TEST_F(PatternToolsTest, CopyChannelsRecordsOnlyTheLinesItChanges) {
+    for (const ChannelCopy copy : {ChannelCopy{kCommandChannel, 1, kCopyFirstToSecond},
+                                   ChannelCopy{2, kCommandChannel, kExchangeChannels}, ChannelCopy{1, 1, kCopyFirstToSecond}}) {
+        SCOPED_TRACE(testing::Message() << int{copy.first} << " to " << int{copy.second});
+        SetUp();
+        undo.Reset(*module);
+        module->patterns[0].lines[5].command = kCommandSP;
+        const auto before = Snapshot();
+        dialogs.copyChannels = CopyChannelsRequest{copy, 0, 255, Patterns({0, 1, 2})};
+        ASSERT_TRUE(CopyChannels(ctx, dialogs));
+        EXPECT_TRUE(*module == *before);
+        const UndoEntry& entry = undo.Entry(undo.Head() - 1);
+        EXPECT_EQ(entry.kind, UndoKind::CopyChannels);
+        EXPECT_EQ(entry.records, 0u);
+        EXPECT_EQ(undo.StorePos(), 1u);
+        ExpectUndoAndRedo(*before, *before);
+    }
+
+    // Line 4 changes, line 5 already holds the copy, line 6 differs only in
+    // the detune: it is recorded so that redo copies the detune again, while
+    // undo leaves the detune as the copy made it.
+    SetUp();
+    Pattern& pattern = module->patterns[1];
+    for (int l : {5, 6}) {
+        PatternLine& line = pattern.lines[l];
+        line.note[1] = line.note[0];
+        line.instrument[1] = line.instrument[0];
+        line.volume[1] = line.volume[0];
+        line.detune[0] = 3;
+        line.detune[1] = l == 5 ? 3 : 0;
+    }
+    const auto before = Snapshot();
+    dialogs.copyChannels = CopyChannelsRequest{{0, 1, kCopyFirstToSecond}, 4, 6, Patterns({1})};
+    ASSERT_TRUE(CopyChannels(ctx, dialogs));
+    EXPECT_EQ(undo.Entry(undo.Head() - 1).records, 2u);
+    EXPECT_EQ(pattern.lines[6].detune[1], 3);
+    const auto after = Snapshot();
+    before->patterns[1].lines[6].detune[1] = 3;
+    ExpectUndoAndRedo(*before, *after);
+}
+
 TEST_F(PatternToolsTest, ResizingClearsTheNewLinesAndUndoRestoresTheOldOnes) {
     Pattern& pattern = module->patterns[0];
     view.MoveCursor(0, 0, 63);
@@ -108,6 +151,28 @@ TEST_F(PatternToolsTest, ResizingClearsTheNewLinesAndUndoRestoresTheOldOnes) {
     undo.Undo(undoView);
     EXPECT_EQ(pattern.length, 128);
     EXPECT_EQ(view.State().cursorLine, 63);
+}
+
+// The longest name the dialogs take comes back whole from undo and redo, of
+// the settings and of a deletion alike.
+TEST_F(PatternToolsTest, TheLongestPatternNameSurvivesUndo) {
+    const std::string old(kLongestPatternName, 'o');
+    const std::string typed(kLongestPatternName, 't');
+    SetList({0, 1});
+    module->patterns[0].name = old;
+    dialogs.patternSettings = SettingsOf(module->patterns[0]);
+    dialogs.patternSettings->name = typed;
+    ASSERT_TRUE(EditPatternSettings(ctx, dialogs));
+    ASSERT_TRUE(undo.Undo(undoView));
+    EXPECT_EQ(module->patterns[0].name, old);
+    ASSERT_TRUE(undo.Redo(undoView));
+    EXPECT_EQ(module->patterns[0].name, typed);
+
+    prompts.answers = {true};
+    ASSERT_TRUE(DeleteOldPattern(ctx));
+    EXPECT_FALSE(module->patterns[0].used);
+    ASSERT_TRUE(undo.Undo(undoView));
+    EXPECT_EQ(module->patterns[0].name, typed);
 }
 
 TEST_F(PatternToolsTest, OnlyPatternSettingsWorkWhileTheSongPlays) {

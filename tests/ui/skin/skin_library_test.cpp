@@ -7,6 +7,7 @@
 
 #include "model/exception.h"
 #include "test_support.h"
+#include "ui/skin/skin_names.h"
 #include "ui/skin/theme_reader.h"
 
 namespace sondrel {
@@ -196,6 +197,39 @@ TEST_F(SkinLibraryTest, FailuresNameTheirKeyFileAndLineAndKeepTheCurrentSkin) {
     EXPECT_THROW(library_->LoadSkin("absent.skin"), FileIOException);
     EXPECT_THROW(library_->Current().Item("BNONE"), ParseException);
     EXPECT_EQ(library_->Current().name, "good");
+}
+
+// The window and menu kinds go by the type table's names (WINDOW, MENU and
+// their parts); skins that spell them GT_WINDOW and GT_MENU still load, with
+// the table's spelling winning where a skin has both.
+TEST_F(SkinLibraryTest, WindowAndMenuGoByTheTypeTableAndTheOlderSpellingStillLoads) {
+    for (const auto& [name, table] :
+         {std::pair{"GT_WINDOW", "WINDOW"}, {"GT_WINDOW_TITLE_I", "WINDOW_TITLE_I"}, {"GT_MENU2_S", "MENU2_S"},
+          {"GT_WINDOW_CLOSE_P", "GT_WINDOW_CLOSE_P"}, {"GT_WINDOW_RESIZE", "GT_WINDOW_RESIZE"},
+          {"GT_MENUS", "GT_MENUS"}, {"GT_MBUTTON", "GT_MBUTTON"}, {"WINDOW", "WINDOW"}, {"MENU_BAR", "MENU_BAR"}})
+        EXPECT_EQ(TableItemName(name), table) << name;
+
+    SkinRequirements required;
+    required.items = {"BWINDOW", "HMENU_BAR", "BGT_WINDOW_CLOSE"};
+    const auto windowX = [&](const std::string& body) {
+        Load(body + "<hitem name=\"MENU_BAR\" rect=\"0,0,8,8\" />\n<item name=\"GT_WINDOW_CLOSE\" rect=\"0,0,8,8\" />\n",
+             required);
+        return library_->Current().Item("BWINDOW").rect.x;
+    };
+    EXPECT_EQ(windowX("<item name=\"WINDOW\" rect=\"1,0,8,8\" />\n"), 1);
+    EXPECT_EQ(windowX("<item name=\"GT_WINDOW\" rect=\"2,0,8,8\" />\n"), 2);
+    EXPECT_EQ(library_->Current().items.count("BGT_WINDOW"), 0u);
+    EXPECT_EQ(windowX("<item name=\"WINDOW\" rect=\"1,0,8,8\" />\n<item name=\"GT_WINDOW\" rect=\"2,0,8,8\" />\n"), 1);
+    EXPECT_EQ(windowX("<item name=\"GT_WINDOW\" rect=\"2,0,8,8\" />\n<item name=\"WINDOW\" rect=\"1,0,8,8\" />\n"), 1);
+
+    // A name neither spelling knows leaves the window undefined.
+    const std::string shown = std::filesystem::absolute(dir_.Path()).lexically_normal().string() + "/s.skin";
+    try {
+        windowX("<item name=\"WINDOWS\" rect=\"1,0,8,8\" />\n");
+        ADD_FAILURE() << "loaded";
+    } catch (const Exception& e) {
+        EXPECT_EQ(e.Message(), "Skin item name not found\nskit_data_.name: BWINDOW\nin " + shown);
+    }
 }
 
 // The skin the program ships, as the build lays it out with its fonts: every
