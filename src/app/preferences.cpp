@@ -69,6 +69,14 @@ void ApplyListDefaults(const std::vector<ConfigEntry>& list) {
     }
 }
 
+bool AllDefault(const std::vector<ConfigEntry>& list) {
+    return std::all_of(list.begin(), list.end(), [](const ConfigEntry& entry) {
+        if (entry.type == kConfigSection) return AllDefault(entry.children);
+        if (std::holds_alternative<std::string*>(entry.bound)) return StoredText(entry) == entry.defaultText;
+        return StoredNumber(entry) == entry.defaultNumber;
+    });
+}
+
 // ---- Reading ----
 
 bool IsSpecial(const Token& token, char c) { return token.kind == TokenKind::Special && token.character == c; }
@@ -253,6 +261,7 @@ void WriteList(std::string& out, const std::string* sectionName, const std::vect
     }
     for (const auto& entry : list) {
         if (entry.type == kConfigSection) {
+            if (entry.onlyWhenChanged && AllDefault(entry.children)) continue;
             WriteList(out, &entry.name, entry.children, entry.comments, depth + 1);
         } else {
             out += inner + entry.name + Padding(entry.name, width) + FormatValue(entry);
@@ -406,12 +415,15 @@ std::vector<ConfigEntry> PreferencesSchema(Preferences& prefs) {
                                  ConfigEntry::Boolean("paste_delete_notes", true, &prefs.editing.pasteDeleteNotes),
                              }),
         ConfigEntry::Section("files_and_directories", std::move(files)),
-        // Later additions, after the sections above so that their lines stay as they were.
+        // Later additions: after the sections above, and written only when
+        // something in them is set, so a file of someone who never touched
+        // them stays line for line what it always was.
         ConfigEntry::Section("keys",
                              {
                                  ConfigEntry::Boolean("undo_with_ctrl_z", false, &prefs.editing.undoWithCtrlZ),
                                  ConfigEntry::Boolean("type_values_with_digits", false, &prefs.editing.typeDigits),
-                             }),
+                             })
+            .OnlyWhenChanged(),
     };
 }
 

@@ -9,6 +9,7 @@
 #include <filesystem>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <variant>
 #include <vector>
 
@@ -56,6 +57,12 @@ struct ConfigEntry {
     std::string options;          // enumeration: option names separated by "|"
     Binding bound;
     std::vector<std::string> comments;
+    bool onlyWhenChanged = false;  // sections: left out of the file while all of it is at its defaults
+
+    ConfigEntry OnlyWhenChanged() && {
+        onlyWhenChanged = true;
+        return std::move(*this);
+    }
 
     static ConfigEntry Section(std::string name, std::vector<ConfigEntry> children,
                                std::vector<std::string> comments = {});

@@ -52,10 +52,6 @@ const char* const kDefaultFile =
     "\tlast_module8    = \"\"\n"
     "\tlast_module9    = \"\"\n"
     "\tlast_module10   = \"\"\n"
-    "}\n"
-    "keys {\n"
-    "\tundo_with_ctrl_z        = false\n"
-    "\ttype_values_with_digits = false\n"
     "}\n";
 
 std::string FileText(const std::filesystem::path& path) {
@@ -88,6 +84,11 @@ TEST(PreferencesFile, MissingFileGivesDefaultsInTheExactLayoutChangedValuesRound
     config.Write(dir / "sondrel.prefs");
     EXPECT_EQ(FileText(dir / "sondrel.prefs"), kDefaultFile);
     EXPECT_EQ(TextOf(Preferences{}), kDefaultFile);
+    // The later "keys" section comes only once one of its options is on.
+    Preferences digits{};
+    digits.editing.typeDigits = true;
+    EXPECT_EQ(TextOf(digits), std::string(kDefaultFile) +
+                                  "keys {\n\tundo_with_ctrl_z        = false\n\ttype_values_with_digits = true\n}\n");
 
     Preferences written = Changed();
     MakePreferencesConfig(written).Write(dir / "sondrel.prefs");
