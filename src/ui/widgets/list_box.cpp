@@ -89,6 +89,30 @@ std::string FormatListCell(const std::string& format, const ListCell& cell) {
     return Printf(c.head + c.modifiers + "ll" + letter + c.tail, std::get<long long>(cell));
 }
 
+namespace {
+
+// A cell as drawn. Printf's padding lines columns up only in a fixed-width
+// font; in ours a cell that is one right-justified conversion and nothing
+// else is drawn without it instead: a number set against the column's right
+// edge, so its digits line up, and a name against the left, where it is read.
+struct PlacedCell {
+    std::string text;
+    TextAlign align = TextAlign::Left;
+};
+
+PlacedCell PlaceListCell(const std::string& format, const ListCell& cell) {
+    std::string text = FormatListCell(format, cell);
+    if (format.size() < 2 || format[0] != '%' || format[1] == '%') return {std::move(text)};
+    const Conversion c = SplitFormat(format);
+    const bool rightJustified = FieldWidth(c.modifiers) > 0 && c.modifiers.find('-') == std::string::npos;
+    if (!c.tail.empty() || !rightJustified || c.letter == 'S' || c.letter == 'c') return {std::move(text)};
+    if (const auto* name = std::get_if<std::string>(&cell)) return {*name};
+    text.erase(0, std::min(text.find_first_not_of(' '), text.size()));
+    return {std::move(text), TextAlign::Right};
+}
+
+}  // namespace
+
 void ListBox::SetColumns(std::vector<ListColumn> columns) {
     for (const ListColumn& column : columns) {
         if (!column.format.empty()) SplitFormat(column.format);
@@ -282,8 +306,9 @@ void ListBox::Draw(Painter& painter, const DrawStyle& style) const {
         const ListLine& cells = lines_[line];
         for (size_t c = 0; c < columns_.size() && c < cells.size() && x < inner; ++c) {
             const Gorb_Rect cell{x + 2, row.y, std::min(columns_[c].width, inner - x) - 4, row.h};
-            painter.TextIn(*style.font, cell, FormatListCell(columns_[c].format, cells[c]),
-                           style.Colour(selected_[line] ? selectedText : text), TextAlign::Left, TextFit::Ellipsis);
+            const PlacedCell placed = PlaceListCell(columns_[c].format, cells[c]);
+            painter.TextIn(*style.font, cell, placed.text, style.Colour(selected_[line] ? selectedText : text),
+                           placed.align, TextFit::Ellipsis);
             x += columns_[c].width;
         }
     }

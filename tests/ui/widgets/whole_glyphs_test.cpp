@@ -6,6 +6,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <functional>
 #include <string>
 #include <vector>
@@ -108,6 +109,38 @@ TEST_F(WholeGlyphsTest, TextLinesFieldsAndMenuButtonsShowWholeGlyphs) {
                           [&](const std::string& t) { menu.SetChoice(t.empty() ? MenuButton::kNoChoice : 0); });
         menu.SetFlags(menu.Flags() | kWidgetHidden);
     }
+}
+
+// Printf's padding is for fixed-width fonts: in ours, right-justified names
+// still start at one x and numbers still end at one x, whatever their length.
+TEST_F(WholeGlyphsTest, PaddedColumnsLineUpNamesAtTheLeftAndNumbersAtTheRight) {
+    const int height = ListBox::kDefaultLineHeight;
+    auto& list = window->Emplace<ListBox>(9, Gorb_Rect{10, 10, 300, 3 * height + 2 * ListBox::kBorder});
+    list.SetColumns({{150, "%20s", ""}, {60, "%4D", ""}});
+    list.SetLines({{std::string("Intro"), 5LL}, {std::string("Verse A"), 64LL}, {std::string("W"), 1234LL}});
+    std::vector<int> nameStarts, numberEnds;
+    for (int row = 0; row < 3; ++row) {
+        const Gorb_Rect on{window->Rect().x + list.Rect().x + ListBox::kBorder,
+                           window->Rect().y + list.Rect().y + ListBox::kBorder + row * height, 210, height};
+        const std::vector<uint16_t> pixels = Pixels(on);
+        const uint16_t ground = pixels.front();  // the row's own colour, left of its text
+        int first = on.w, last = -1, split = 150;
+        for (int y = 0; y < on.h; ++y)
+            for (int x = 0; x < on.w; ++x)
+                if (pixels[static_cast<size_t>(y * on.w + x)] != ground) {
+                    if (x < split) first = std::min(first, x);
+                    else last = std::max(last, x);
+                }
+        nameStarts.push_back(first);
+        numberEnds.push_back(last);
+    }
+    // Within the glyphs' own side bearings (a pixel or two).
+    const auto spread = [](const std::vector<int>& xs) {
+        return *std::max_element(xs.begin(), xs.end()) - *std::min_element(xs.begin(), xs.end());
+    };
+    EXPECT_LT(nameStarts[0], 10);  // no padding before the name
+    EXPECT_LE(spread(nameStarts), 2);
+    EXPECT_LE(spread(numberEnds), 2);
 }
 
 }  // namespace
