@@ -56,21 +56,18 @@ void ShowPatternOverview(Requesters& requesters, const Module& module) {
     if (!form.Opened()) return;
     // Lines as high as the skin's, so the headings keep their descenders.
     ListBox& list = form.List(18, 16);
-    // The three columns, then the pattern's number; each wide enough for its
-    // heading in the skin's font.
+    // Each column wide enough for its heading in the skin's font.
     const int length = 56;
     const int used = 44;
-    const int number = 36;
-    list.SetColumns({{list.Rect().w - length - used - number - 16, "%20s", "Name"},
+    list.SetColumns({{list.Rect().w - length - used - 16, "%20s", "Name"},
                      {length, "%4D", "Length"},
-                     {used, "%3D", "Used"},
-                     {number, "%3d", "#"}});
+                     {used, "%3D", "Used"}});
     std::vector<ListLine> lines;
     for (int p = 0; p < kPatterns; ++p) {
         const Pattern& pattern = module.patterns[p];
         if (pattern.used)
             lines.push_back({pattern.name, static_cast<long long>(pattern.length),
-                             static_cast<long long>(module.CountInList(p)), static_cast<long long>(p)});
+                             static_cast<long long>(module.CountInList(p))});
     }
     list.SetLines(std::move(lines));
     form.Run({});
