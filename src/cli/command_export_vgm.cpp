@@ -14,12 +14,14 @@ namespace sondrel::cli {
 namespace {
 
 int ExportVgmCommand(const std::vector<std::string>& argv) {
-    Arguments args(argv, WithImportOptions({}), {});
+    Arguments args(argv, WithImportOptions({}), {"--loop"});
     if (args.Positional().size() != 2) throw UsageError("export-vgm takes a file and an output VGM file");
     FlagImportOptions imports(args);
     auto module = LoadOrFail(args.Positional()[0], imports);
     try {
-        ExportVgm(*module, args.Positional()[1]);
+        VgmExportOptions options;
+        options.loop = args.Has("--loop");
+        ExportVgm(*module, args.Positional()[1], options);
     } catch (const Exception& e) {
         throw Failure{kCouldNotWriteVgm, UserReason(e)};
     }
@@ -31,10 +33,13 @@ int ExportVgmCommand(const std::vector<std::string>& argv) {
 
 const CommandRegistration kExportVgm(
     {"export-vgm", "play a song once into a VGM 1.50 log for the SN76489",
-     "usage: sondrel-cli export-vgm FILE OUT.vgm\n"
+     "usage: sondrel-cli export-vgm FILE OUT.vgm [--loop]\n"
      "Plays FILE from its start until the pattern list runs out and writes the\n"
      "chip's register writes frame by frame, with a GD3 tag holding the title,\n"
-     "author and notes. The log has no loop point.\n",
+     "author and notes. The log has no loop point unless --loop is given:\n"
+     "  --loop   loop from the repeat position: players go back to the frame in\n"
+     "           which it first starts to play, where the log writes the whole\n"
+     "           chip state again.\n",
      ExportVgmCommand, 40});
 
 }  // namespace

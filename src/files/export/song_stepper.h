@@ -31,6 +31,7 @@ public:
     void Step();
     // True after the frame in which the pattern list ran out.
     bool Ended() const { return player_->wrapped != 0 || !player_->Playing(); }
+    uint16_t ListPosition() const { return player_->ListPosition(); }
 
     const SoundChip& Chip() const { return player_->Chip(); }
     ChannelFrame Channel(int channel) const;

@@ -17,6 +17,8 @@ constexpr size_t kHeaderSize = 0x40;
 constexpr size_t kEndOffsetField = 0x04;
 constexpr size_t kGd3OffsetField = 0x14;
 constexpr size_t kSampleCountField = 0x18;
+constexpr size_t kLoopOffsetField = 0x1C;
+constexpr size_t kLoopSamplesField = 0x20;
 
 constexpr uint8_t kPsgWrite = 0x50;
 constexpr uint8_t kStereoWrite = 0x4F;
@@ -83,8 +85,17 @@ void WriteHeader(VgmBuffer& out, const Module& module) {
     out.Long(0);
 }
 
-// Plays the song and records each frame's changed registers; returns the samples waited.
-uint32_t WriteCommands(VgmBuffer& out, Module& module) {
+struct CommandsWritten {
+    uint32_t samples = 0;
+    size_t loopOffset = 0;  // where the loop frame's commands begin; 0: no loop
+    uint32_t loopSamples = 0;
+};
+
+// Plays the song and records each frame's changed registers. With loop, the
+// frame in which the repeat position first starts to play is the loop point:
+// it writes the whole chip state again, since the end of the song leaves the
+// chip as it is there and not as it was at that point.
+CommandsWritten WriteCommands(VgmBuffer& out, Module& module, bool loop) {
     const bool pal = module.IsPal();
     const uint32_t frameSamples = pal ? 882 : 735;
     const uint8_t wait = pal ? kWaitPalFrame : kWaitNtscFrame;
@@ -96,10 +107,18 @@ uint32_t WriteCommands(VgmBuffer& out, Module& module) {
     volumes.fill(255);
 
     SongStepper stepper(module);
-    uint32_t samples = 0;
+    CommandsWritten written;
+    bool looped = false;
     for (;;) {
         stepper.Step();
         const SoundChip& chip = stepper.Chip();
+        const bool loopFrame = loop && !looped && stepper.ListPosition() == module.repeatPosition;
+        if (loopFrame) {
+            looped = true;
+            written.loopOffset = out.Size();
+            periods.fill(0xFFFF);
+            volumes.fill(255);
+        }
         for (int c = 0; c < kChannels; ++c) {
             const uint8_t volume = chip.Attenuation(c);
             if (volume != volumes[c]) {
@@ -122,15 +141,16 @@ uint32_t WriteCommands(VgmBuffer& out, Module& module) {
             out.Byte(kStereoWrite);
             out.Byte(chip.Stereo());
         }
-        if (chip.NoiseWritten()) {
+        if (chip.NoiseWritten() || loopFrame) {
             out.Byte(kPsgWrite);
             out.Byte(static_cast<uint8_t>(0xE0 + (chip.NoiseWhite() ? 4 : 0) + chip.NoiseRate()));
         }
         out.Byte(wait);
-        samples += frameSamples;
+        written.samples += frameSamples;
+        if (looped) written.loopSamples += frameSamples;
         if (stepper.Ended()) break;
     }
-    return samples;
+    return written;
 }
 
 void WriteGd3(VgmBuffer& out, const Module& module) {
@@ -149,20 +169,24 @@ void WriteGd3(VgmBuffer& out, const Module& module) {
 
 }  // namespace
 
-std::vector<uint8_t> BuildVgm(Module& module) {
+std::vector<uint8_t> BuildVgm(Module& module, const VgmExportOptions& options) {
     VgmBuffer out;
     WriteHeader(out, module);
-    const uint32_t samples = WriteCommands(out, module);
+    const CommandsWritten written = WriteCommands(out, module, options.loop);
     out.Byte(kEndOfData);
     out.Patch(kGd3OffsetField, static_cast<uint32_t>(out.Size() - kGd3OffsetField));
     WriteGd3(out, module);
-    out.Patch(kSampleCountField, samples);
+    out.Patch(kSampleCountField, written.samples);
+    if (written.loopOffset != 0) {
+        out.Patch(kLoopOffsetField, static_cast<uint32_t>(written.loopOffset - kLoopOffsetField));
+        out.Patch(kLoopSamplesField, written.loopSamples);
+    }
     out.Patch(kEndOffsetField, static_cast<uint32_t>(out.Size() - kEndOffsetField));
     return out.Take();
 }
 
-void ExportVgm(Module& module, const std::string& path) {
-    const std::vector<uint8_t> bytes = BuildVgm(module);
+void ExportVgm(Module& module, const std::string& path, const VgmExportOptions& options) {
+    const std::vector<uint8_t> bytes = BuildVgm(module, options);
     ReplaceFileContents(path, bytes.data(), bytes.size());
 }
 

@@ -1,6 +1,8 @@
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cmath>
+#include <set>
 #include <cstdlib>
 
 #include "files/export/song_render.h"
@@ -110,6 +112,52 @@ TEST(VgmExportTest, ReplayedWritesRebuildThePlayersRegistersUpToTheWrap) {
     EXPECT_TRUE(player->wrapped);
     EXPECT_EQ(frames, CalculateSongTime(*demo, 0, 0).totalTicks);
     EXPECT_EQ(Le32(vgm, 0x18), frames * 735);
+}
+
+// A looped log: the loop offset lands on the first command of the frame in
+// which the repeat position first plays, the loop samples are the waits from
+// there to the end, and that frame writes all eight registers again.
+TEST(VgmExportTest, ALoopedLogGoesBackToTheRepeatPositionWithTheWholeChipState) {
+    auto demo = LoadDemo();
+    ASSERT_TRUE(demo);
+    ASSERT_GT(demo->repeatPosition, 0);
+    VgmExportOptions options;
+    options.loop = true;
+    const Bytes vgm = BuildVgm(*demo, options);
+    const size_t loop = 0x1C + Le32(vgm, 0x1C);
+    // The frames at whose first command each frame starts, and the waits after the loop point.
+    std::vector<size_t> frameStarts{0x40};
+    uint32_t waitsAfterLoop = 0;
+    for (size_t i = 0x40; vgm[i] != 0x66; ++i) {
+        if (vgm[i] == 0x50 || vgm[i] == 0x4F) {
+            ++i;
+            continue;
+        }
+        ASSERT_EQ(vgm[i], 0x62) << "at byte " << i;
+        if (i > loop) ++waitsAfterLoop;
+        frameStarts.push_back(i + 1);
+    }
+    const auto frame = std::find(frameStarts.begin(), frameStarts.end(), loop);
+    ASSERT_NE(frame, frameStarts.end()) << "the loop offset is not where a frame starts";
+    EXPECT_EQ(Le32(vgm, 0x20), waitsAfterLoop * 735);
+    EXPECT_EQ(Le32(vgm, 0x18), (frameStarts.size() - 1) * 735);
+
+    auto player = std::make_unique<SongPlayer>();
+    player->Attach(*demo);
+    player->Start(0, 0, false);
+    int firstFrame = 0;
+    for (player->Tick(); player->ListPosition() != demo->repeatPosition; player->Tick()) ++firstFrame;
+    EXPECT_EQ(frame - frameStarts.begin(), firstFrame);
+
+    std::set<uint8_t> latched;
+    for (size_t i = loop; vgm[i] != 0x62; i += 2)
+        if (vgm[i] == 0x50 && (vgm[i + 1] & 0x80)) latched.insert(vgm[i + 1] & 0xF0);
+    EXPECT_EQ(latched, (std::set<uint8_t>{0x80, 0x90, 0xA0, 0xB0, 0xC0, 0xD0, 0xE0, 0xF0}));
+
+    // Without the option, nothing of it.
+    const Bytes plain = BuildVgm(*LoadDemo());
+    EXPECT_EQ(Le32(plain, 0x1C), 0u);
+    EXPECT_EQ(Le32(plain, 0x20), 0u);
 }
 
 // The GD3 strings as the text each one widens.
