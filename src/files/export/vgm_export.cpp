@@ -110,9 +110,12 @@ CommandsWritten WriteCommands(VgmBuffer& out, Module& module, bool loop) {
     CommandsWritten written;
     bool looped = false;
     for (;;) {
+        // The player moves to the next list position at the end of a pattern's
+        // last tick, so the repeat position plays from the first tick that
+        // begins on it.
+        const bool loopFrame = loop && !looped && stepper.ListPosition() == module.repeatPosition;
         stepper.Step();
         const SoundChip& chip = stepper.Chip();
-        const bool loopFrame = loop && !looped && stepper.ListPosition() == module.repeatPosition;
         if (loopFrame) {
             looped = true;
             written.loopOffset = out.Size();

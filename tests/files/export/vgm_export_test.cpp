@@ -145,8 +145,8 @@ TEST(VgmExportTest, ALoopedLogGoesBackToTheRepeatPositionWithTheWholeChipState) 
     auto player = std::make_unique<SongPlayer>();
     player->Attach(*demo);
     player->Start(0, 0, false);
-    int firstFrame = 0;
-    for (player->Tick(); player->ListPosition() != demo->repeatPosition; player->Tick()) ++firstFrame;
+    int firstFrame = 0;  // the first tick that begins on the repeat position
+    for (; player->ListPosition() != demo->repeatPosition; player->Tick()) ++firstFrame;
     EXPECT_EQ(frame - frameStarts.begin(), firstFrame);
 
     std::set<uint8_t> latched;
@@ -272,6 +272,63 @@ TEST(VgmExportTest, AnOutsidePlayerPlaysAHeldNoteAtOurPitch) {
         const double expected = 3579545.0 / 32 / 254 / (divider == kDivider2x ? 2 : 1);
         EXPECT_NEAR(Cents(theirPitch, expected), 0.0, 3.0) << theirPitch << " Hz";
         EXPECT_NEAR(Cents(theirPitch, ourPitch), 0.0, 5.0) << theirPitch << " Hz against " << ourPitch << " Hz";
+    }
+}
+
+// libgme takes the loop as written: its loop length is the song's, and its
+// second pass plays, frame by frame, the pitches and loudness the first pass
+// played from the repeat position. (A plain melody on one channel, so that
+// each frame has one pitch to measure.)
+TEST(VgmExportTest, AnOutsidePlayerLoopsTheLogFromTheRepeatPosition) {
+    auto module = TickPerLine(2);
+    module->initialSpeed = 8 * 6;  // six ticks a line
+    Instrument& steady = module->instruments[0];
+    steady.startVolume = 255;
+    steady.volumeAdd.fill(0);
+    steady.vibratoStrength.fill(0);
+    module->CreatePattern(1);
+    module->patterns[1].length = 4;
+    module->patternList[1] = 1;
+    module->patternListLength = 2;
+    module->repeatPosition = 1;
+    const uint8_t notes[2][4] = {{60, 62}, {64, 67, 71, 72}};
+    for (int p = 0; p < 2; ++p)
+        for (int line = 0; line < module->patterns[p].length; ++line) {
+            PatternLine& cell = module->patterns[p].lines[line];
+            cell.note[0] = notes[p][line];
+            cell.volume[0] = 15 - 2 * line;
+            cell.instrument[0] = 0;
+        }
+    VgmExportOptions options;
+    options.loop = true;
+    const Bytes vgm = BuildVgm(*module, options);
+    const uint32_t total = Le32(vgm, 0x18), loop = Le32(vgm, 0x20);
+    ASSERT_EQ(total - loop, 2 * 6 * 735u);  // the first pattern is the intro
+
+    Gme gme = OpenInGme(vgm);
+    ASSERT_TRUE(gme);
+    gme_info_t* info = nullptr;
+    ASSERT_EQ(gme_track_info(gme.get(), &info, 0), nullptr);
+    const double frameMs = 1000.0 / 60;
+    EXPECT_NEAR(info->loop_length, loop * 1000.0 / kOutputRate, frameMs);
+    EXPECT_NEAR(info->intro_length, (total - loop) * 1000.0 / kOutputRate, frameMs);
+    gme_free_info(info);
+
+    gme_ignore_silence(gme.get(), 1);
+    const std::vector<int16_t> played = PlayInGme(gme.get(), static_cast<double>(total + loop + 735) / kOutputRate);
+    ASSERT_GE(played.size(), static_cast<size_t>(total) + loop);
+    // The swing in the middle half of a frame, away from where its writes take effect.
+    const auto peak = [&](size_t from) {
+        const auto [low, high] = std::minmax_element(played.begin() + static_cast<long>(from + 184),
+                                                     played.begin() + static_cast<long>(from + 551));
+        return *high - *low;
+    };
+    for (size_t frame = 0; frame < loop / 735; ++frame) {
+        const size_t first = total - loop + frame * 735, second = total + frame * 735;
+        SCOPED_TRACE(frame);
+        EXPECT_NEAR(Cents(MeasureFrequency(played, second, second + 735), MeasureFrequency(played, first, first + 735)),
+                    0.0, 5.0);
+        EXPECT_NEAR(peak(second), peak(first), 0.05 * peak(first));
     }
 }
 
