@@ -139,6 +139,7 @@ void CommandDispatcher::MenuCommand(int command) {
     case kMenuExportEsdrltk: Export(kExportEsdrltk); break;
     case kMenuExportVgm: Export(kExportVgm); break;
     case kMenuExportMidi: Export(kExportMidi); break;
+    case kMenuExportVgmLooping: Export(kExportVgmLooping); break;
     case kMenuPreferences: host_.ShowDialog(ProgramDialog::Preferences); break;
     case kMenuQuit: Quit(); break;
     case kMenuUndo: ctx_.undo.Undo(undoView); break;

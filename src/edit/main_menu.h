@@ -41,6 +41,7 @@ enum MenuCommand : int {
     kMenuTransposeNoteDown = 36,
     kMenuViewReadme = 37,
     kMenuProgramInfo = 38,
+    kMenuExportVgmLooping = 39,  // after the described commands: a VGM that loops from the repeat position
 };
 
 // The whole tree; recentModules (at most ten, newest first, empty ones

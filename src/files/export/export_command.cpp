@@ -10,6 +10,7 @@ ExportFormat ExportFormatOf(int kind) {
         case kExportEsdrltk:
             return {"ESDRLTK", ".esdrltk"};
         case kExportVgm:
+        case kExportVgmLooping:
             return {"VGM", kVgmExtension};
         case kExportMidi:
             return {"MID", kMidiExtension};
@@ -31,8 +32,10 @@ bool RunExportCommand(int kind, Module& module, MidiExportOptions& midiOptions, 
                                                   format.extension);
     if (path.empty()) return false;
     ui.StopPlayback();
-    if (kind == kExportVgm) {
-        ExportVgm(module, path);
+    if (kind == kExportVgm || kind == kExportVgmLooping) {
+        VgmExportOptions options;
+        options.loop = kind == kExportVgmLooping;
+        ExportVgm(module, path, options);
         return true;
     }
     return ExportMidi(midiOptions, module, path, ui);

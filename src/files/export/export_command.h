@@ -11,7 +11,12 @@
 
 namespace sondrel {
 
-enum ExportKind : int { kExportEsdrltk = 0, kExportVgm = 1, kExportMidi = 2 };
+enum ExportKind : int {
+    kExportEsdrltk = 0,
+    kExportVgm = 1,
+    kExportMidi = 2,
+    kExportVgmLooping = 3,  // a VGM log that loops from the repeat position
+};
 
 inline constexpr char kExportNotAvailable[] = "This is not available yet.";
 // What the user is told when an export's file could not be written.
@@ -24,7 +29,7 @@ struct ExportFormat {
     const char* extension;  // ".esdrltk", ".vgm", ".mid"
 };
 
-// Throws InternalException for a kind that is not one of the three.
+// Throws InternalException for a kind that is not one of the above.
 ExportFormat ExportFormatOf(int kind);
 // "Export module as VGM"
 std::string ExportRequesterTitle(int kind);

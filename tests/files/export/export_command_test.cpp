@@ -60,6 +60,13 @@ TEST_F(ExportCommandTest, CompactFormatIsNotAvailableAndVgmAsksStopsAndWrites) {
     ui.path = (dir / "song.vgm").string();
     EXPECT_EQ(Run(kExportVgm, true), (Calls{"file:Export module as VGM:.vgm:*.vgm", "stop"}));
     EXPECT_EQ(test::ReadBytes(ui.path), BuildVgm(*module));
+    // The looping entry asks the same and writes the log with its loop point.
+    ui.path = (dir / "looping.vgm").string();
+    EXPECT_EQ(Run(kExportVgmLooping, true), (Calls{"file:Export module as VGM:.vgm:*.vgm", "stop"}));
+    VgmExportOptions looping;
+    looping.loop = true;
+    EXPECT_EQ(test::ReadBytes(ui.path), BuildVgm(*module, looping));
+    EXPECT_NE(BuildVgm(*module, looping), BuildVgm(*module));
 
     // The exporter's failure reaches the caller.
     ui.path = (dir / "missing" / "song.vgm").string();
