@@ -151,6 +151,19 @@ protected:
         ASSERT_TRUE(Type(file.string()));
         ASSERT_TRUE(Keys("Return"));
     }
+    // Ctrl+S with the name typed into the requester (which adds the module
+    // extension); then File > "Quit...", which asks nothing once all is saved.
+    void SaveAndQuit(unsigned long window, ChildProcess& program, const fs::path& name) {
+        const auto before = Settled(window);
+        ASSERT_TRUE(before);
+        ASSERT_TRUE(Keys("ctrl+s"));
+        ASSERT_TRUE(RequesterOpens(window, *before)) << "no file requester";
+        ASSERT_TRUE(Type(name.string()));
+        ASSERT_TRUE(Keys("Return"));
+        ASSERT_TRUE(TitleBecomes(window, kCleanTitle)) << "not saved";
+        ASSERT_TRUE(ChooseFileMenu(window, "Quit..."));
+        ASSERT_EQ(program.Wait(kStepSeconds), 0) << Log();
+    }
     bool Keys(const std::string& keys) { return x->Xdotool("key --delay 40 " + keys); }
     bool Type(const std::string& text) { return x->Xdotool("type --delay 20 " + ShellQuoted(text)); }
 
@@ -255,18 +268,7 @@ TEST_F(MusicianTest, TypesNotesUndoesRedoesPlaysSavesAndQuitsThroughTheMenu) {
     // Back in edit mode a B on line 7 of channel 1 is entered and undone.
     ASSERT_TRUE(Keys("Home Down Down Down Down Down Down Down u ctrl+y"));
 
-    before = Settled(window);
-    ASSERT_TRUE(before);
-    ASSERT_TRUE(Keys("ctrl+s"));
-    ASSERT_TRUE(RequesterOpens(window, *before)) << "no file requester";
-    // The requester adds the module extension.
-    ASSERT_TRUE(Type((dir / "song").string()));
-    ASSERT_TRUE(Keys("Return"));
-    ASSERT_TRUE(TitleBecomes(window, kCleanTitle)) << "not saved";
-
-    // Nothing is left unsaved, so quitting asks nothing.
-    ASSERT_TRUE(ChooseFileMenu(window, "Quit..."));
-    ASSERT_EQ(program->Wait(kStepSeconds), 0) << Log();
+    ASSERT_NO_FATAL_FAILURE(SaveAndQuit(window, *program, dir / "song"));
 
     const fs::path song = dir / "song.sdrltk";
     ImportOptionsProvider options;
@@ -431,15 +433,7 @@ TEST_F(MusicianTest, TypesAVolumeWithDigitsAndUndoesWithCtrlZWhenThePreferencesS
     // and redo leave 12, one more undo the 1.
     ASSERT_TRUE(Keys("q Right 0 7 Up 1 2 ctrl+z ctrl+y ctrl+z"));
     ASSERT_TRUE(TitleBecomes(window, kChangedTitle));
-    const auto before = Settled(window);
-    ASSERT_TRUE(before);
-    ASSERT_TRUE(Keys("ctrl+s"));
-    ASSERT_TRUE(RequesterOpens(window, *before)) << "no file requester";
-    ASSERT_TRUE(Type((dir / "song").string()));
-    ASSERT_TRUE(Keys("Return"));
-    ASSERT_TRUE(TitleBecomes(window, kCleanTitle)) << "not saved";
-    ASSERT_TRUE(ChooseFileMenu(window, "Quit..."));
-    ASSERT_EQ(program->Wait(kStepSeconds), 0) << Log();
+    ASSERT_NO_FATAL_FAILURE(SaveAndQuit(window, *program, dir / "song"));
 
     ImportOptionsProvider options;
     const auto module = LoadNewModule((dir / "song.sdrltk").string(), options);
