@@ -304,21 +304,34 @@ int Painter::TextTop(const Gorb_Font& font, int top, int height) {
     return std::min(centred, top + height - font.InkBottom());
 }
 
-std::string Painter::Ellipsised(const Gorb_Font& font, const std::string& text, int width) {
-    if (font.TextWidth(text) <= width) return text;
-    // The longest fitting start, found by halving: text widths only grow with length.
-    if (font.TextWidth(kEllipsis) > width) return {};
+namespace {
+
+// The most characters of text, kept from its start or from its end, that fit
+// width together with "..." (text widths only grow with length, so halving
+// finds them).
+size_t KeptBesideEllipsis(const Gorb_Font& font, const std::string& text, int width, bool fromEnd) {
+    const auto shown = [&](size_t kept) {
+        return fromEnd ? kEllipsis + text.substr(text.size() - kept) : text.substr(0, kept) + kEllipsis;
+    };
     size_t fits = 0;
     size_t tooLong = text.size();
     while (tooLong - fits > 1) {
         const size_t middle = (fits + tooLong) / 2;
-        if (font.TextWidth(text.substr(0, middle) + kEllipsis) <= width) {
+        if (font.TextWidth(shown(middle)) <= width) {
             fits = middle;
         } else {
             tooLong = middle;
         }
     }
-    std::string start = text.substr(0, fits);
+    return fits;
+}
+
+}  // namespace
+
+std::string Painter::Ellipsised(const Gorb_Font& font, const std::string& text, int width) {
+    if (font.TextWidth(text) <= width) return text;
+    if (font.TextWidth(kEllipsis) > width) return {};
+    std::string start = text.substr(0, KeptBesideEllipsis(font, text, width, false));
     while (!start.empty() && start.back() == ' ') start.pop_back();
     return start + kEllipsis;
 }
@@ -326,18 +339,7 @@ std::string Painter::Ellipsised(const Gorb_Font& font, const std::string& text, 
 std::string Painter::EllipsisedFront(const Gorb_Font& font, const std::string& text, int width) {
     if (font.TextWidth(text) <= width) return text;
     if (font.TextWidth(kEllipsis) > width) return {};
-    // The shortest fitting end, found by halving as above.
-    size_t fits = text.size();
-    size_t tooLong = 0;
-    while (fits - tooLong > 1) {
-        const size_t middle = (fits + tooLong) / 2;
-        if (font.TextWidth(kEllipsis + text.substr(middle)) <= width) {
-            fits = middle;
-        } else {
-            tooLong = middle;
-        }
-    }
-    std::string end = text.substr(fits);
+    std::string end = text.substr(text.size() - KeptBesideEllipsis(font, text, width, true));
     const size_t slash = end.find('/');
     if (slash != std::string::npos && slash > 0) end.erase(0, slash);
     return kEllipsis + end;
