@@ -367,7 +367,7 @@ void Application::ReplaceModule(std::unique_ptr<Module> fresh) {
     *module_ = std::move(*fresh);
     song_->ReloadSettings();
     notes_->StopAll();
-    notes_->ConfigureChip(module_->chipType, module_->frequencyDivider);
+    notes_->ConfigureChip(module_->Settings());
     if (editor_) editor_->ModuleReplaced();
 }
 

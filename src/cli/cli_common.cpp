@@ -1,5 +1,8 @@
 #include "cli/cli_common.h"
 
+#include <algorithm>
+#include <array>
+
 #include "files/module_file.h"
 #include "model/exception.h"
 
@@ -10,8 +13,9 @@ std::vector<Command>& Commands() {
     return commands;
 }
 
-const std::vector<std::string> kImportOptions = {"--as",      "--chip",           "--divider",    "--channel",
-                                                "--disable", "--lines-per-beat", "--instruments"};
+const std::vector<std::string> kImportOptions = {"--as",      "--chip",    "--divider",        "--variant",
+                                                "--channel", "--disable", "--lines-per-beat", "--instruments"};
+const std::array<const char*, kChipVariants> kVariantWords = {"sega", "gamegear", "ti"};
 const char* const kImportHelp =
     "  --as KIND           read FILE as module, mod, vgm, midi or basic, whatever its\n"
     "                      content or name says (for files detection does not know,\n"
@@ -19,6 +23,9 @@ const char* const kImportHelp =
     "  --chip ntsc|pal     chip type for imported files (default: VGM from its header,\n"
     "                      MOD pal, MIDI and BASIC ntsc)\n"
     "  --divider 1x|2x     frequency divider for imported files (default 1x)\n"
+    "  --variant sega|gamegear|ti\n"
+    "                      the chip imported files are written for (default: VGM\n"
+    "                      from its noise register, TI for a 15-bit one; others sega)\n"
     "MIDI files:\n"
     "  --channel M=C:I     MIDI channel M (1-16) plays on chip channel C (0-3) with\n"
     "                      instrument I (0-15); may be given for several channels\n"
@@ -55,6 +62,12 @@ FlagImportOptions::FlagImportOptions(const Arguments& args) {
         else if (*divider == "2x" || *divider == "2") divider_ = kDivider2x;
         else throw UsageError("--divider must be 1x or 2x, not \"" + *divider + "\"");
     }
+    if (auto variant = args.Value("--variant")) {
+        const auto word = std::find(kVariantWords.begin(), kVariantWords.end(), *variant);
+        if (word == kVariantWords.end())
+            throw UsageError("--variant must be sega, gamegear or ti, not \"" + *variant + "\"");
+        variant_ = static_cast<uint8_t>(word - kVariantWords.begin());
+    }
     for (const std::string& route : args.Values("--channel")) {
         const auto eq = route.find('=');
         const auto colon = route.find(':', eq == std::string::npos ? 0 : eq);
@@ -86,6 +99,7 @@ FlagImportOptions::FlagImportOptions(const Arguments& args) {
 ChipSettings FlagImportOptions::Chip(ChipSettings proposed) const {
     if (chipType_) proposed.chipType = *chipType_;
     if (divider_) proposed.frequencyDivider = *divider_;
+    if (variant_) proposed.variant = *variant_;
     return proposed;
 }
 

@@ -71,6 +71,7 @@ protected:
 
     std::optional<uint8_t> chipType_;
     std::optional<uint8_t> divider_;
+    std::optional<uint8_t> variant_;
     // MIDI: channel 1..16 -> (chip channel, instrument); channels switched off; quantisation.
     std::vector<std::pair<int, MidiChannelChoice>> midiChannels_;
     std::vector<int> midiDisabled_;

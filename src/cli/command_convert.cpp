@@ -28,7 +28,7 @@ int Convert(const std::vector<std::string>& argv) {
 }
 
 const CommandRegistration kConvert({"convert", "load any loadable file and save it as a module",
-                                    "usage: sondrel-cli convert FILE OUT.sdrltk [--chip ntsc|pal] [--divider 1x|2x]\n"
+                                    "usage: sondrel-cli convert FILE OUT.sdrltk [--chip ntsc|pal] [--divider 1x|2x] [--variant V]\n"
                                     "Texts a module file can't hold (over 255 characters, the digit 0) are\n"
                                     "changed on the way in; each change is noted on stderr.\n",
                                     Convert, 30});

@@ -44,6 +44,7 @@ int Info(const std::vector<std::string>& argv) {
     row("Author:", module->author);
     row("Type:", module->IsPal() ? "PAL (50Hz)" : "NTSC (60Hz)");
     row("Frequency divider:", module->frequencyDivider == kDivider2x ? "2x" : "1x");
+    row("Chip:", kChipVariantNames[module->chipVariant % kChipVariants]);
     row("Initial speed:", SpeedText(module->initialSpeed));
     row("Song length:", std::to_string(module->patternListLength));
     row("Repeat position:", std::to_string(module->repeatPosition));
@@ -54,7 +55,7 @@ int Info(const std::vector<std::string>& argv) {
 }
 
 const CommandRegistration kInfo({"info", "show a module's title, chip, speed, patterns and song time",
-                                 "usage: sondrel-cli info FILE [--chip ntsc|pal] [--divider 1x|2x]\n"
+                                 "usage: sondrel-cli info FILE [--chip ntsc|pal] [--divider 1x|2x] [--variant V]\n"
                                  "Loads FILE (a module or any importable file) and describes it.\n",
                                  Info, 10});
 

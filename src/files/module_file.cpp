@@ -4,6 +4,7 @@
 #include <array>
 #include <cstring>
 #include <memory>
+#include <optional>
 
 #include "files/file_stream.h"
 #include "files/iff_parser.h"
@@ -24,6 +25,9 @@ constexpr uint32_t kPresenceOffset = 8;
 constexpr uint32_t kInstrumentRecordSize = 15;
 constexpr uint32_t kPatternRecordSize = 6;
 constexpr int kMaxDetune = 99;
+// The block after the pattern lines that names a chip other than the Sega
+// one; files of the Sega chip don't have it, so they read as they always did.
+constexpr char kChipBlock[] = "CHIP";
 
 // Flag byte of a stored line.
 constexpr uint8_t kLineCommandMask = 0x03;
@@ -150,6 +154,14 @@ void WritePatternLines(IFFWriter& writer, const Module& module) {
             writer.WriteData(packed, EncodeLine(pattern.lines[l], packed));
         }
     }
+    writer.EndBlock();
+}
+
+void WriteChip(IFFWriter& writer, const Module& module) {
+    if (module.chipVariant == kVariantSega) return;
+    writer.StartBlock(kChipBlock);
+    const uint8_t record[2] = {module.chipVariant, 0};
+    writer.WriteData(record, sizeof record);
     writer.EndBlock();
 }
 
@@ -285,6 +297,20 @@ void ReadPatternLines(IFFParser& parser, Module& module) {
     }
 }
 
+// The chip block, when one follows the lines; anything else there is ignored.
+void ReadChip(IFFParser& parser, Module& module) {
+    const uint32_t start = parser.Position();
+    const std::optional<BlockHeader> header = parser.TryReadBlockHeader();
+    if (!header || std::memcmp(header->id.data(), kChipBlock, 4) != 0) {
+        parser.RestorePosition(start);
+        return;
+    }
+    uint8_t record[2];
+    if (!parser.TryReadNextBytes(record, sizeof record)) Refuse("Chip block cut short");
+    if (record[0] >= kChipVariants) Refuse("Unknown chip variant");
+    module.chipVariant = record[0];
+}
+
 }  // namespace
 
 std::string RecordedPath(const Module& module) {
@@ -310,6 +336,7 @@ void SaveModule(Module& module, const std::string& path) {
     WriteInstruments(writer, module);
     WritePatternHeaders(writer, module);
     WritePatternLines(writer, module);
+    WriteChip(writer, module);
     writer.Close();
     file.Commit();
     SplitPath(path, module.directory, module.fileName);
@@ -323,7 +350,8 @@ void LoadModuleFile(Module& module, FILE* file) {
     ReadInstruments(parser, module);
     ReadPatternHeaders(parser, module, presence.data());
     ReadPatternLines(parser, module);
-    // Whatever follows the last line is ignored.
+    ReadChip(parser, module);
+    // Whatever follows is ignored.
     parser.Close();
 }
 

@@ -91,6 +91,7 @@ void Module::NewModule(ChipSettings settings) {
     directory.clear();
     frequencyDivider = settings.frequencyDivider;
     chipType = settings.chipType;
+    chipVariant = settings.variant;
     for (auto& pattern : patterns) pattern.used = 0;
     patternList.fill(0);
     patternListLength = 1;

@@ -27,9 +27,21 @@ enum ChipType : uint8_t { kChipNtsc = 0, kChipPal = 1 };
 enum FrequencyDivider : uint8_t { kDivider1x = 0, kDivider2x = 1 };
 constexpr uint8_t kChipSettingUnset = 255;
 
+// Which member of the chip family the music is written for. The Sega chips
+// (Master System, Game Gear) have a 16-bit noise register tapped at bits 0
+// and 3 and hold a constant level at tone period 0; the Game Gear also pans
+// the noise; the TI parts (BBC Micro, Tandy, SG-1000) have a 15-bit register
+// tapped at bits 0 and 1, read tone period 0 as 1024 and have no stereo.
+enum ChipVariant : uint8_t { kVariantSega = 0, kVariantGameGear = 1, kVariantTi = 2 };
+constexpr int kChipVariants = 3;
+// As the "Chip:" choice names them.
+inline constexpr std::array<const char*, kChipVariants> kChipVariantNames = {
+    "Sega (SMS, Game Gear)", "Game Gear (noise panned too)", "TI SN76489 (BBC, Tandy, SG-1000)"};
+
 struct ChipSettings {
     uint8_t frequencyDivider = kDivider1x;
     uint8_t chipType = kChipNtsc;
+    uint8_t variant = kVariantSega;
     bool operator==(const ChipSettings&) const = default;
 };
 
@@ -86,6 +98,7 @@ struct Module {
     uint8_t initialSpeed = kNewModuleSpeed;
     uint8_t frequencyDivider = kDivider1x;
     uint8_t chipType = kChipNtsc;
+    uint8_t chipVariant = kVariantSega;
     std::array<Pattern, kPatterns> patterns{};
     std::array<uint8_t, kMaxPatternList> patternList{};
     uint16_t patternListLength = 1;
@@ -95,7 +108,7 @@ struct Module {
     std::string notes;
     std::array<Instrument, kInstruments> instruments{};
 
-    ChipSettings Settings() const { return {frequencyDivider, chipType}; }
+    ChipSettings Settings() const { return {frequencyDivider, chipType, chipVariant}; }
     bool IsPal() const { return chipType == kChipPal; }
     int TicksPerSecond() const { return IsPal() ? 50 : 60; }
 

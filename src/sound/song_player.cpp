@@ -15,7 +15,7 @@ void SongPlayer::Attach(Module& module) {
 }
 
 void SongPlayer::ConfigureChip() {
-    chip_.Configure(module_->chipType != kChipNtsc, module_->frequencyDivider);
+    chip_.Configure(module_->chipType != kChipNtsc, module_->frequencyDivider, module_->chipVariant);
 }
 
 void SongPlayer::ReloadSettings() {
@@ -109,11 +109,11 @@ void SongPlayer::Tick() {
 void NotePlayer::Init(ChipSettings settings) {
     VibratoTable::Get();
     chip_.ResetBuffer();
-    ConfigureChip(settings.chipType, settings.frequencyDivider);
+    ConfigureChip(settings);
 }
 
-void NotePlayer::ConfigureChip(uint8_t chipType, uint8_t divider) {
-    chip_.Configure(chipType != kChipNtsc, divider);
+void NotePlayer::ConfigureChip(ChipSettings settings) {
+    chip_.Configure(settings.chipType != kChipNtsc, settings.frequencyDivider, settings.variant);
     chip_.Reset();
 }
 

@@ -70,7 +70,7 @@ private:
 class NotePlayer {
 public:
     void Init(ChipSettings settings);
-    void ConfigureChip(uint8_t chipType, uint8_t divider);
+    void ConfigureChip(ChipSettings settings);
     void StartVoice(int channel, const Instrument& instrument, uint8_t volume, uint8_t note,
                     int8_t detune, uint32_t ticks);
     void StopVoice(int channel) { voices_[channel & 3].Stop(); }

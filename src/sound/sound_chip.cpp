@@ -102,7 +102,14 @@ void SoundChip::ResetBuffer() {
     if (zeroBytes_ < kChipRingBytes) zeroBytes_ = 0;
 }
 
-void SoundChip::Configure(bool isPal, uint8_t divider) {
+void SoundChip::Configure(bool isPal, uint8_t divider, uint8_t variant) {
+    variant_ = variant;
+    const bool ti = variant == kVariantTi;
+    noiseTopBit_ = ti ? 14 : 15;
+    noiseTap_ = ti ? 1 : 3;
+    zeroPeriod_ = ti ? 1024 : 0;
+    noisePanned_ = variant == kVariantGameGear ? 1 : 0;
+    stereoForced_ = ti ? 255 : 0;
     isNtsc_ = isPal ? 0 : 1;
     samplesPerTick_ = isPal ? 882 : 735;
     const double clock = isPal ? kPalEmulatedClock : kNtscEmulatedClock;
@@ -244,7 +251,7 @@ bool SoundChip::RenderRun(int16_t* frames, uint32_t frameCount, uint8_t channelM
         RenderTone(c, frameCount);
         sounding = true;
     }
-    if ((channelMask & 8) && attenuation_[3] != 15 && (noisePeriod_ & 0x3FF) >= 4) {
+    if ((channelMask & 8) && attenuation_[3] != 15 && EffectivePeriod(noisePeriod_) >= 4) {
         RenderNoise(frameCount);
         sounding = true;
     }
@@ -257,15 +264,16 @@ bool SoundChip::RenderRun(int16_t* frames, uint32_t frameCount, uint8_t channelM
 }
 
 void SoundChip::RenderTone(int c, uint32_t frameCount) {
-    const uint32_t period = tonePeriod_[c] & 0x3FF;  // the period register is ten bits wide
+    const uint32_t period = EffectivePeriod(tonePeriod_[c]);
+    const unsigned stereo = stereo_ | stereoForced_;
     if (period < 4) {
         // Too fast to be heard as a tone: the output sits at a constant level.
         // The level follows the noise channel's stereo bits, as the chip tracker always did.
-        DeltaWriter out{deltas_.data(), (stereo_ >> 7) & 1, (stereo_ >> 3) & 1};
+        DeltaWriter out{deltas_.data(), static_cast<int>(stereo >> 7) & 1, static_cast<int>(stereo >> 3) & 1};
         out.Set(0, toneLevel_[attenuation_[c]]);
         return;
     }
-    DeltaWriter out{deltas_.data(), (stereo_ >> (4 + c)) & 1, (stereo_ >> c) & 1};
+    DeltaWriter out{deltas_.data(), static_cast<int>(stereo >> (4 + c)) & 1, static_cast<int>(stereo >> c) & 1};
     unsigned polarity = polarity_[c];  // a local: stores to the deltas could alias the member
     int amp = polarity ? -toneLevel_[attenuation_[c]] : toneLevel_[attenuation_[c]];
     out.Set(0, amp >> 2);  // each run starts softened
@@ -290,15 +298,18 @@ void SoundChip::RenderTone(int c, uint32_t frameCount) {
 
 void SoundChip::RenderNoise(uint32_t frameCount) {
     const int level = noiseLevel_[attenuation_[3]];
-    DeltaWriter out{deltas_.data(), 1, 1};
+    const unsigned stereo = noisePanned_ ? stereo_ : 255u;
+    DeltaWriter out{deltas_.data(), static_cast<int>(stereo >> 7) & 1, static_cast<int>(stereo >> 3) & 1};
     out.Set(0, level >> 2);  // until the run's first edge
     // Kept in locals: stores to the deltas could otherwise alias them.
     unsigned lfsr = lfsr_;
     unsigned toggle = noiseToggle_;
     const unsigned white = noiseWhite_ ? 1 : 0;
-    noiseCounter_ = WalkEdges(noiseCounter_, static_cast<int32_t>((noisePeriod_ & 0x3FF) << 16), frameCount,
+    const unsigned tap = noiseTap_;
+    const unsigned top = noiseTopBit_;
+    noiseCounter_ = WalkEdges(noiseCounter_, static_cast<int32_t>(EffectivePeriod(noisePeriod_) << 16), frameCount,
                               [&](uint32_t frame, int32_t, int reloads) {
-        if (toggle) lfsr = (lfsr >> 1) | (((lfsr ^ ((lfsr >> 3) & white)) & 1) << 15);
+        if (toggle) lfsr = (lfsr >> 1) | (((lfsr ^ ((lfsr >> tap) & white)) & 1) << top);
         toggle ^= static_cast<unsigned>(reloads & 1);
         if (frame < frameCount) out.Set(frame, static_cast<int>(lfsr & 1) * level);
     });

@@ -7,6 +7,8 @@
 #include <cstddef>
 #include <cstdint>
 
+#include "model/module.h"
+
 namespace sondrel {
 
 constexpr int kOutputRate = 44100;
@@ -20,8 +22,10 @@ public:
 
     void Reset();
     void ResetBuffer();
-    // isPal selects the 50 Hz tick and PAL clock; divider 1 ("2x") halves the tone counters' rate.
-    void Configure(bool isPal, uint8_t divider);
+    // isPal selects the 50 Hz tick and PAL clock; divider 1 ("2x") halves the
+    // tone counters' rate; the variant picks the family member's noise register,
+    // its reading of tone period 0 and which channels the stereo byte reaches.
+    void Configure(bool isPal, uint8_t divider, uint8_t variant = kVariantSega);
 
     // One byte as the chip's data bus takes it: latch bytes (bit 7 set) and data bytes.
     void Write(uint8_t byte);
@@ -56,6 +60,7 @@ public:
     uint32_t WritePos() const { return writePos_; }
     uint32_t ReadPos() const { return readPos_; }
     bool IsNtsc() const { return isNtsc_ != 0; }
+    uint8_t Variant() const { return variant_; }
     int16_t ToneLevel(int attenuation) const { return toneLevel_[attenuation]; }
     int16_t NoiseLevel(int attenuation) const { return noiseLevel_[attenuation]; }
 
@@ -68,6 +73,11 @@ private:
     // RenderRun sums them into frames once all channels have added theirs.
     void RenderTone(int channel, uint32_t frameCount);
     void RenderNoise(uint32_t frameCount);
+    // The ten-bit period a counter reloads with: 0 counts as zeroPeriod_.
+    uint32_t EffectivePeriod(uint16_t period) const {
+        const uint32_t bits = period & 0x3FFu;
+        return bits == 0 ? zeroPeriod_ : bits;
+    }
     template <typename Edge>
     int32_t WalkEdges(int32_t counter, int32_t reload, uint32_t frameCount, Edge&& edge) const;
     template <typename CopyPiece>
@@ -103,6 +113,13 @@ private:
     std::array<uint8_t, 3> polarity_{};
     int32_t noiseCounter_ = 0;
     uint8_t noiseToggle_ = 1;
+    // What the variant changes.
+    uint8_t variant_ = kVariantSega;
+    uint8_t noiseTopBit_ = 15;     // where the feedback enters the noise register
+    uint8_t noiseTap_ = 3;         // the bit XORed with bit 0 for white noise
+    uint16_t zeroPeriod_ = 0;      // what a period register of 0 counts as
+    uint8_t noisePanned_ = 0;      // the stereo byte's bits 7 and 3 reach the noise too
+    uint8_t stereoForced_ = 0;     // ORed into the stereo byte: 255 on a chip without stereo
 };
 
 }  // namespace sondrel

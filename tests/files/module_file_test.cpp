@@ -102,6 +102,49 @@ TEST(ModuleFile, RoundTripKeepsEveryFieldAndEveryByte) {
     ExpectSameModule(*loaded, *saved);
 }
 
+TEST(ModuleFile, OnlyAChipOtherThanTheSegaOneAddsABlockAfterTheLines) {
+    test::ScratchDir dir;
+    Defaults options;
+    const std::string path = (dir / "demo.sdrltk").string();
+    // The committed demo song was saved before a module could name its chip: it saves the same.
+    auto demo = test::LoadDemo();
+    ASSERT_NE(demo, nullptr);
+    EXPECT_EQ(demo->chipVariant, kVariantSega);
+    SaveModule(*demo, path);
+    const Bytes sega = test::ReadBytes(path);
+    EXPECT_EQ(sega, test::ReadBytes(test::SourceDir() / "data" / "demo.sdrltk"));
+
+    Bytes withBlock;
+    for (uint8_t variant : {kVariantGameGear, kVariantTi}) {
+        demo->chipVariant = variant;
+        SaveModule(*demo, path);
+        withBlock = test::ReadBytes(path);
+        // A reader that stops after the lines finds the Sega file in front.
+        Bytes expected = sega;
+        if (expected.size() % 2) expected.push_back(0);
+        const Bytes block = {'C', 'H', 'I', 'P', 2, 0, 0, 0, variant, 0};
+        expected.insert(expected.end(), block.begin(), block.end());
+        EXPECT_EQ(withBlock, expected);
+        auto loaded = NewModule();
+        ASSERT_TRUE(LoadAnyFile(*loaded, path, options));
+        ExpectSameModule(*loaded, *demo);
+    }
+
+    const auto load = [&](const Bytes& bytes) {
+        test::WriteBytes(path, bytes);
+        auto loaded = NewModule();
+        LoadAnyFile(*loaded, path, options);
+        return loaded;
+    };
+    Bytes unknown = withBlock;
+    unknown[unknown.size() - 2] = kChipVariants;
+    EXPECT_THROW(load(unknown), Exception);
+    EXPECT_THROW(load(Bytes(withBlock.begin(), withBlock.end() - 1)), Exception);
+    // Other bytes after the lines are still ignored.
+    Bytes other = test::Concat({sega, Bytes(sega.size() % 2, 0), {'J', 'U', 'N', 'K', 2, 0, 0, 0, kVariantTi, 0}});
+    EXPECT_EQ(load(other)->chipVariant, kVariantSega);
+}
+
 TEST(ModuleFile, LinesStoreOnlyWhatTheirNotesAndCommandsAnnounce) {
     test::ScratchDir dir;
     auto m = NewModule();

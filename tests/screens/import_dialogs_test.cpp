@@ -34,10 +34,13 @@ TEST_F(ImportDialogsTest, EachDialogShowsItsProposalInOrderTidilyAndOkayKeepsIt)
     midi.chip = {kDivider2x, kChipPal};
     const ModImportValues mod{"tune", std::vector<std::string>(31, "a sample name of 22 ch"), {kDivider1x, kChipPal}};
     const VgmImportValues flagged{0, 0x40000000 | 3579545, 9, 16, {kDivider1x, kChipNtsc}};
-    const VgmImportValues bare{50, 0, 3, 15, {kDivider2x, kChipPal}};
-    const auto withChip = [](std::vector<std::string> texts) {
-        texts.insert(texts.end(), {"Type:", "NTSC (60Hz)|PAL (50Hz)", "Frequency divider:", "1x|2x", "Sound chip",
-                                   "Okay", "Cancel"});
+    const VgmImportValues bare{50, 0, 3, 15, {kDivider2x, kChipPal, kVariantTi}};
+    const auto withChip = [](std::vector<std::string> texts, bool variant = false) {
+        texts.insert(texts.end(), {"Type:", "NTSC (60Hz)|PAL (50Hz)", "Frequency divider:", "1x|2x"});
+        if (variant)
+            texts.insert(texts.end(), {"Chip:", "Sega (SMS, Game Gear)|Game Gear (noise panned too)|"
+                                                "TI SN76489 (BBC, Tandy, SG-1000)"});
+        texts.insert(texts.end(), {"Sound chip", "Okay", "Cancel"});
         return texts;
     };
     const struct {
@@ -52,10 +55,10 @@ TEST_F(ImportDialogsTest, EachDialogShowsItsProposalInOrderTidilyAndOkayKeepsIt)
          withChip({"Name:", "tune", "Sample names:", "31 lines", "MOD file info"})},
         {"Load VGM file", [&](Requesters& r) { return AskVgmImport(r, flagged) == flagged; },
          withChip({"Rate:", "Unknown", "Chip clock:", "3579545 Hz", "Noise channel pattern:", "$0009",
-                   "Noise channel width:", "$0010", "VGM file info"})},
+                   "Noise channel width:", "$0010", "VGM file info"}, true)},
         {"Load VGM file", [&](Requesters& r) { return AskVgmImport(r, bare) == bare; },
          withChip({"Rate:", "50 Hz", "Chip clock:", "Unused", "Noise channel pattern:", "$0003",
-                   "Noise channel width:", "$000F", "VGM file info"})},
+                   "Noise channel width:", "$000F", "VGM file info"}, true)},
     };
     for (const auto& c : cases) {
         SCOPED_TRACE(c.title);
@@ -105,7 +108,8 @@ TEST_F(ImportDialogsTest, ChangesComeBackOnOkayOnlyAndMidiRowsWithoutNotesStayAs
 }
 
 TEST_F(ImportDialogsTest, OkayIsRefusedUntilBothChipSettingsAreChosen) {
-    const VgmImportValues unset{60, 3579545, 9, 16, {kUnset, kUnset}};
+    // The chip family member is always proposed from the log's noise register.
+    const VgmImportValues unset{60, 3579545, 3, 15, {kUnset, kUnset, kVariantTi}};
     const auto refusedOnce = [&] {
         Then([&] { ClickButton("Okay"); });
         // The message runs frames of its own over the dialog.
@@ -120,16 +124,19 @@ TEST_F(ImportDialogsTest, OkayIsRefusedUntilBothChipSettingsAreChosen) {
         });
     };
     Then([&] {
-        for (const MenuButton* field : All<MenuButton>()) EXPECT_EQ(field->Choice(), MenuButton::kNoChoice);
+        EXPECT_EQ(After<MenuButton>("Type:")->Choice(), MenuButton::kNoChoice);
+        EXPECT_EQ(After<MenuButton>("Frequency divider:")->Choice(), MenuButton::kNoChoice);
+        EXPECT_EQ(After<MenuButton>("Chip:")->Choice(), kVariantTi);
     });
     refusedOnce();
     Choose("Type:", kChipPal);
     refusedOnce();
     Choose("Frequency divider:", kDivider2x);
+    Choose("Chip:", kVariantGameGear);
     Then([&] { ClickButton("Okay"); });
     const auto chosen = AskVgmImport(requesters, unset);
     ASSERT_TRUE(chosen.has_value());
-    EXPECT_EQ(chosen->chip, (ChipSettings{kDivider2x, kChipPal}));
+    EXPECT_EQ(chosen->chip, (ChipSettings{kDivider2x, kChipPal, kVariantGameGear}));
     EXPECT_TRUE(host.script.empty());
 }
 

@@ -32,7 +32,12 @@ TEST_F(ToolDialogTest, ModuleSettingsShowTheValuesAndOnlyOkayGivesTheChangedOnes
     Then([&] {
         EXPECT_EQ(Dialog()->Title(), "Module settings");
         EXPECT_EQ(Labels(), (std::vector<std::string>{"Title:", "Author:", "Notes:", "Type:", "Frequency divider:",
-                                                      "Repeat position:", "Initial speed:"}));
+                                                      "Chip:", "Repeat position:", "Initial speed:"}));
+        EXPECT_EQ(Field<MenuButton>("Chip:").Choices(),
+                  (std::vector<std::string>{"Sega (SMS, Game Gear)", "Game Gear (noise panned too)",
+                                            "TI SN76489 (BBC, Tandy, SG-1000)"}));
+        EXPECT_EQ(Field<MenuButton>("Chip:").Choice(), kVariantSega);
+        Field<MenuButton>("Chip:").SetChoice(kVariantTi);
         EXPECT_EQ(Field<TextLine>("Initial speed:").Text(), " 9.875");
         EXPECT_EQ(Field<MenuButton>("Type:").Choices(), (std::vector<std::string>{"NTSC (60Hz)", "PAL (50Hz)"}));
         // What the module file can't keep is changed as it is typed.
@@ -46,6 +51,7 @@ TEST_F(ToolDialogTest, ModuleSettingsShowTheValuesAndOnlyOkayGivesTheChangedOnes
     ASSERT_TRUE(chosen.has_value());
     EXPECT_EQ(chosen->title, "Song 2OOO");
     EXPECT_EQ(chosen->chipType, kChipPal);
+    EXPECT_EQ(chosen->chipVariant, kVariantTi);
     EXPECT_EQ(chosen->initialSpeed, 52);
     EXPECT_EQ(chosen->repeatPosition, 3);
 

@@ -16,6 +16,7 @@ constexpr int kBase[16] = {7590, 5940, 4840, 3850, 3080, 2475, 1980, 1650,
 // hardware behaves, against which the span renderer is checked bit for bit.
 // It reads the registers from the chip under test and keeps its own counters.
 struct ReferenceChip {
+    int variant = kVariantSega;
     int32_t counter[3] = {0, 0, 0};
     int polarity[3] = {0, 0, 0};
     int32_t noiseCounter = 0;
@@ -39,12 +40,15 @@ struct ReferenceChip {
 
     void RenderRun(const SoundChip& chip, int master, uint8_t mask, int16_t* f, uint32_t frames) {
         const int32_t step = static_cast<int32_t>(chip.Step());
-        const int stereo = chip.Stereo();
+        const bool ti = variant == kVariantTi;
+        // The TI parts have no stereo register and count a period of 0 as 1024.
+        const int stereo = ti ? 255 : chip.Stereo();
+        const auto period = [&](int bits) { return (bits & 0x3FF) == 0 && ti ? 1024 : bits & 0x3FF; };
         for (int c = 0; c < 3; ++c) {
             int att = chip.Attenuation(c);
             if (att == 15 || !(mask & (1 << c)) || frames == 0) continue;
             int level = kBase[att] * master / 160;
-            int32_t p = chip.TonePeriod(c) & 0x3FF;
+            int32_t p = period(chip.TonePeriod(c));
             if (p < 4) {
                 for (uint32_t i = 0; i < frames; ++i) {
                     if (stereo & 0x80) f[2 * i] = static_cast<int16_t>(f[2 * i] + level);
@@ -75,18 +79,22 @@ struct ReferenceChip {
             }
         }
         int att = chip.Attenuation(3);
-        int32_t p = chip.NoisePeriod() & 0x3FF;
+        int32_t p = period(chip.NoisePeriod());
         if (!(mask & 8) || att == 15 || p < 4) return;
         int level = kBase[att] * master / 80;
         int value = level >> 2;
+        // Only the Game Gear pans the noise.
+        const int noiseStereo = variant == kVariantGameGear ? stereo : 255;
         for (uint32_t i = 0; i < frames; ++i) {
-            f[2 * i] = static_cast<int16_t>(f[2 * i] + value);
-            f[2 * i + 1] = static_cast<int16_t>(f[2 * i + 1] + value);
+            if (noiseStereo & 0x80) f[2 * i] = static_cast<int16_t>(f[2 * i] + value);
+            if (noiseStereo & 0x08) f[2 * i + 1] = static_cast<int16_t>(f[2 * i + 1] + value);
             noiseCounter -= step;
             if (noiseCounter <= 0) {
                 if (noiseToggle) {
-                    int fb = chip.NoiseWhite() ? ((lfsr ^ (lfsr >> 3)) & 1) : (lfsr & 1);
-                    lfsr = static_cast<uint16_t>((lfsr >> 1) | (fb << 15));
+                    // Sega: 16 bits, white taps at 0 and 3; TI: 15 bits, taps at 0 and 1.
+                    const int tap = ti ? 1 : 3;
+                    int fb = chip.NoiseWhite() ? ((lfsr ^ (lfsr >> tap)) & 1) : (lfsr & 1);
+                    lfsr = static_cast<uint16_t>((lfsr >> 1) | (fb << (ti ? 14 : 15)));
                 }
                 int n = 0;
                 while (noiseCounter <= 0) {
@@ -265,10 +273,12 @@ TEST(SoundChipTest, ReadAddMixesWithWrapAround) {
 
 TEST(SoundChipTest, MatchesTheFrameByFrameModelUnderRandomWrites) {
     std::mt19937 random(20261122);
-    for (int config = 0; config < 4; ++config) {
+    for (int config = 0; config < 4 * kChipVariants; ++config) {
         SoundChip chip;
-        chip.Configure(config & 1, static_cast<uint8_t>(config >> 1));
+        const auto variant = static_cast<uint8_t>(config / 4);
+        chip.Configure(config & 1, static_cast<uint8_t>((config >> 1) & 1), variant);
         ReferenceChip reference;
+        reference.variant = variant;
         for (int tick = 0; tick < 400; ++tick) {
             chip.BeginTick();
             int writes = random() % 6;

@@ -15,6 +15,7 @@ void ApplyModuleSettings(Module& module, const ModuleSettings& settings) {
     module.notes = settings.notes;
     module.chipType = settings.chipType;
     module.frequencyDivider = settings.frequencyDivider;
+    module.chipVariant = settings.chipVariant;
     module.repeatPosition = static_cast<uint8_t>(std::min<int>(settings.repeatPosition, module.patternListLength - 1));
     module.initialSpeed = settings.initialSpeed;
 }
@@ -48,7 +49,7 @@ PatternSettings SettingsOf(const Pattern& pattern) {
 
 ModuleSettings SettingsOf(const Module& module) {
     return {module.title,          module.author,         module.notes,        module.chipType,
-            module.frequencyDivider, module.repeatPosition, module.initialSpeed};
+            module.frequencyDivider, module.repeatPosition, module.initialSpeed, module.chipVariant};
 }
 
 void SetPatternLength(Pattern& pattern, int length) {
@@ -127,7 +128,7 @@ void ApplyModuleSettingsCommand(EditorContext& ctx, const ModuleSettings& settin
     ApplyModuleSettings(ctx.module, settings);
     ctx.undo.EndRepeatPosition();
     ctx.song.ReloadSettings();
-    ctx.notes.ConfigureChip(ctx.module.chipType, ctx.module.frequencyDivider);
+    ctx.notes.ConfigureChip(ctx.module.Settings());
     ctx.view.Invalidate(kRedrawAll);
 }
 

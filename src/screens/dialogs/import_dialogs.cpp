@@ -88,10 +88,11 @@ MidiRowFields AddMidiRow(Window& window, DialogForm& form, int channel, const Mi
 
 // The dialogs that only ask for the chip.
 template <typename Values>
-std::optional<Values> AskChip(DialogForm& form, Requesters& requesters, const Values& proposal) {
+std::optional<Values> AskChip(DialogForm& form, Requesters& requesters, const Values& proposal,
+                              bool askVariant = false) {
     Values chosen = proposal;
-    const bool confirmed =
-        Confirmed(form, requesters, SoundChipFields(form, proposal.chip), [&](ChipSettings chip) { chosen.chip = chip; });
+    const bool confirmed = Confirmed(form, requesters, SoundChipFields(form, proposal.chip, askVariant),
+                                     [&](ChipSettings chip) { chosen.chip = chip; });
     return confirmed ? std::optional(chosen) : std::nullopt;
 }
 
@@ -179,7 +180,7 @@ std::optional<VgmImportValues> AskVgmImport(Requesters& requesters, const VgmImp
     form.Show("Noise channel pattern:", Printed("$%04X", proposal.noisePattern));
     form.Show("Noise channel width:", Printed("$%04X", proposal.noiseWidth));
     form.EndGroup();
-    return AskChip(form, requesters, proposal);
+    return AskChip(form, requesters, proposal, true);
 }
 
 }  // namespace sondrel

@@ -52,6 +52,7 @@ struct ModuleSettings {
     uint8_t frequencyDivider = kDivider1x;
     uint8_t repeatPosition = 0;
     uint8_t initialSpeed = kNewModuleSpeed;
+    uint8_t chipVariant = kVariantSega;
 };
 
 // Changing instruments over the chosen patterns' lines startLine..endLine.

@@ -7,6 +7,7 @@
 
 #include "model/storable_text.h"
 #include "screens/dialogs/dialog_form.h"
+#include "screens/dialogs/sound_chip_fields.h"
 #include "screens/dialogs/value_formats.h"
 #include "ui/entry_kinds.h"
 #include "ui/requesters/requesters.h"
@@ -22,8 +23,6 @@ namespace {
 
 const std::vector<std::string> kOkayCancel{"Okay", "Cancel"};
 const std::vector<std::string> kApplyCancel{"Apply", "Cancel"};
-constexpr char kChipTypes[] = "NTSC (60Hz)\nPAL (50Hz)";
-constexpr char kDividers[] = "1x\n2x";
 constexpr char kLineRanges[] = "Change all lines\nUse line range";
 constexpr int kWideDialog = 420;
 
@@ -173,10 +172,7 @@ std::optional<ModuleSettings> RunModuleSettings(Requesters& requesters, const Mo
     notes.SetText(current.notes);
     notes.SetFilter([](char c) { return c == '0' ? kZeroStandIn : c; });
     form.EndGroup();
-    form.BeginGroup("Sound chip");
-    MenuButton& type = form.Choice("Type:", kChipTypes, current.chipType);
-    MenuButton& divider = form.Choice("Frequency divider:", kDividers, current.frequencyDivider);
-    form.EndGroup();
+    const SoundChipFields chip(form, {current.frequencyDivider, current.chipType, current.chipVariant}, true);
     TextLine& repeat = form.Number("Repeat position:", current.repeatPosition, 0, std::max(0, listLength - 1));
     TextLine& speed = form.Number("Initial speed:", current.initialSpeed, 1, 255);
     ShowAsSpeed(speed);
@@ -188,8 +184,10 @@ std::optional<ModuleSettings> RunModuleSettings(Requesters& requesters, const Mo
         MakeTextStorable(chosen.title);
         MakeTextStorable(chosen.author);
         MakeTextStorable(chosen.notes, TextShape::Lines);
-        chosen.chipType = static_cast<uint8_t>(type.Choice());
-        chosen.frequencyDivider = static_cast<uint8_t>(divider.Choice());
+        const ChipSettings settings = chip.Chosen();
+        chosen.chipType = settings.chipType;
+        chosen.frequencyDivider = settings.frequencyDivider;
+        chosen.chipVariant = settings.variant;
         chosen.repeatPosition = Byte(repeat);
         chosen.initialSpeed = Byte(speed);
         return true;

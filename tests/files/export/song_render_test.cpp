@@ -1,9 +1,14 @@
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <array>
+#include <vector>
+
 #include "files/export/song_render.h"
 #include "files/export/wav_writer.h"
 #include "files/module_test_support.h"
 #include "model/exception.h"
+#include "model/notes.h"
 
 namespace sondrel {
 namespace {
@@ -69,6 +74,54 @@ TEST(SongRenderTest, LoopsSecondsAndVolumeLimitsAndRefusals) {
     // No limit at all, and a directory that does not exist, are refused.
     EXPECT_THROW(RenderSongToWav(*module, "/nonexistent-dir/x.wav", {}), FileIOException);
     EXPECT_THROW(RenderSongToWav(*module, dir / "x.wav", {0, 0.0, 50}), Exception);
+}
+
+// The mean distance in frames between the left channel's rises to its
+// loudest level, counting only distances near the typical one (each tick
+// starts softened, which may hide or fake a rise at its start).
+double MeanPulseDistance(const std::vector<int16_t>& stereo) {
+    int16_t top = 0;
+    for (size_t i = 0; i < stereo.size(); i += 2) top = std::max(top, stereo[i]);
+    std::vector<long> distances;
+    long last = -1;
+    for (size_t i = 2; i < stereo.size(); i += 2) {
+        if (stereo[i] != top || stereo[i - 2] == top) continue;
+        const long frame = static_cast<long>(i / 2);
+        if (last >= 0) distances.push_back(frame - last);
+        last = frame;
+    }
+    if (distances.empty()) return 0.0;
+    std::vector<long> sorted = distances;
+    std::nth_element(sorted.begin(), sorted.begin() + sorted.size() / 2, sorted.end());
+    const double median = static_cast<double>(sorted[sorted.size() / 2]);
+    double sum = 0.0;
+    int counted = 0;
+    for (long d : distances) {
+        if (d < median * 0.8 || d > median * 1.2) continue;
+        sum += static_cast<double>(d);
+        ++counted;
+    }
+    return counted ? sum / counted : 0.0;
+}
+
+TEST(SongRenderTest, TheTiChipsPeriodicNoiseRepeatsAfter15ShiftsWhereTheSegaOnesTakes16) {
+    // The same register values, the three fixed rates and the rate of tone 2.
+    for (uint8_t note : {uint8_t{kFirstNoiseNote}, uint8_t{kFirstNoiseNote + 2}, uint8_t{kFirstNoiseNote + 3}}) {
+        std::array<double, kChipVariants> distance{};
+        for (uint8_t variant : {kVariantSega, kVariantTi}) {
+            auto module = test::TickPerLine(60, {kDivider1x, kChipNtsc, variant});
+            test::SetNote(*module, 0, kNoiseChannel, note);
+            test::SetNote(*module, 0, 2, 69);  // tone 2 sets the rate of the last noise note
+            module->patterns[0].lines[0].volume[2] = 0;
+            std::vector<int16_t> samples;
+            RenderSong(*module, {}, [&](const int16_t* block, size_t count) {
+                samples.insert(samples.end(), block, block + count);
+            });
+            distance[variant] = MeanPulseDistance(samples);
+            ASSERT_GT(distance[variant], 10.0) << "note " << int{note};
+        }
+        EXPECT_NEAR(distance[kVariantTi] / distance[kVariantSega], 15.0 / 16.0, 0.003) << "note " << int{note};
+    }
 }
 
 }  // namespace
