@@ -4,7 +4,6 @@
 
 #include <algorithm>
 #include <array>
-#include <atomic>
 #include <deque>
 #include <functional>
 #include <optional>
@@ -13,7 +12,6 @@
 #include "edit/main_menu.h"
 #include "files/module_file.h"
 #include "model/exception.h"
-#include "sound/song_player.h"
 #include "test_support.h"
 #include "ui/menu_bar.h"
 #include "ui/requesters/requesters.h"
@@ -474,29 +472,6 @@ TEST_F(ApplicationTest, EditOptionsComeFromThePreferencesFileAndGoBackToIt) {
     const auto bytes = test::ReadBytes(platform.preferencesFile);
     const std::string text(bytes.begin(), bytes.end());
     EXPECT_NE(text.find("\twrap_volume        = false\n\tpaste_delete_notes = false\n"), std::string::npos) << text;
-}
-
-TEST(PlayerFeedback, LineFlagsBecomeRedrawRequestsAndAreCleared) {
-    auto module = std::make_unique<Module>();
-    module->NewModule({});
-    SongPlayer song;
-    song.Attach(*module);
-    AudioMutex mutex;
-
-    struct Case {
-        int advanced, played;
-        bool follow;
-        unsigned redrawBits;
-    };
-    for (const Case c : {Case{1, 1, true, 27}, Case{0, 1, false, 16}, Case{0, 0, false, 0}}) {
-        song.lineAdvanced = c.advanced;
-        song.linePlayed = c.played;
-        const PlayerFeedback feedback = TakePlayerFeedback(song, mutex);
-        EXPECT_EQ(feedback.follow, c.follow) << c.advanced << c.played;
-        EXPECT_EQ(feedback.redrawBits, c.redrawBits) << c.advanced << c.played;
-        EXPECT_EQ(song.lineAdvanced, 0);
-        EXPECT_EQ(song.linePlayed, 0);
-    }
 }
 
 }  // namespace

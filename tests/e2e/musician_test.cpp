@@ -8,7 +8,6 @@
 
 #include <unistd.h>
 
-#include <algorithm>
 #include <fstream>
 #include <iterator>
 #include <map>
@@ -16,6 +15,7 @@
 #include <string>
 #include <utility>
 
+#include "e2e/program_places.h"
 #include "e2e/x_session.h"
 #include "edit/main_menu.h"
 #include "files/module_file.h"
@@ -25,9 +25,6 @@
 #include "screens/pattern_view/pattern_rows.h"
 #include "test_support.h"
 #include "ui/menu_bar.h"
-#include "ui/toolkit_fixture.h"
-#include "ui/widgets/image.h"
-#include "ui/window.h"
 
 namespace sondrel {
 namespace {
@@ -91,25 +88,9 @@ protected:
             GTEST_SKIP() << "xvfb-run or xdotool is missing";
         // The last resort against a hang: the test program ends, and its X server and program with it.
         alarm(120);
-        fs::create_directories(app);
-        fs::copy_file(test::BinaryDir() / "sondrel", app / "sondrel");
-        fs::copy(test::BinaryDir() / "skins", app / "skins", fs::copy_options::recursive);
-        fs::copy_file(test::BinaryDir() / "modfont.png", app / "modfont.png");
+        e2e::CopyProgram(app);
         x = std::make_unique<e2e::XSession>(dir.Path());
         ASSERT_TRUE(x->Ready()) << TextOf(dir / "xvfb.log");
-
-        // The main screen's grid where the program puts it below its menu bar.
-        QueuedInput input;
-        Toolkit toolkit(input);
-        const PatternViewWidgets widgets =
-            BuildMainScreen(toolkit, kScreenWidth, kScreenHeight, DropDownMenuBar::kBarHeight);
-        grid = widgets.grid->Rect();
-        grid.x += widgets.mainWindow->Rect().x;
-        grid.y += widgets.mainWindow->Rect().y;
-        for (const auto& widget : widgets.mainWindow->Widgets())
-            if (widget->Id() == kControlEditInstrument)
-                editButton = {widgets.mainWindow->Rect().x + widget->Rect().x + widget->Rect().w / 2,
-                              widgets.mainWindow->Rect().y + widget->Rect().y + widget->Rect().h / 2};
     }
 
     void TearDown() override { alarm(0); }
@@ -167,21 +148,7 @@ protected:
     bool Keys(const std::string& keys) { return x->Xdotool("key --delay 40 " + keys); }
     bool Type(const std::string& text) { return x->Xdotool("type --delay 20 " + ShellQuoted(text)); }
 
-    // Opens the File menu with a click on its title and clicks the entry.
-    bool ChooseFileMenu(unsigned long window, const std::string& text) {
-        DropDownMenuBar bar(MainMenuTitles({}), kScreenWidth);
-        const Gorb_Rect title = bar.TitleRect(0);
-        bar.Press({title.x + title.w / 2, title.y + title.h / 2});
-        const auto& entries = bar.Titles()[0].entries;
-        const auto found =
-            std::find_if(entries.begin(), entries.end(), [&](const MenuEntry& entry) { return entry.text == text; });
-        if (found == entries.end()) return false;
-        const Gorb_Rect entry = bar.EntryRect(0, static_cast<int>(found - entries.begin()));
-        const std::string id = std::to_string(window);
-        return x->Xdotool("mousemove --sync --window " + id + " " + std::to_string(title.x + title.w / 2) + " " +
-                          std::to_string(title.h / 2) + " click 1 mousemove --sync --window " + id + " " +
-                          std::to_string(entry.x + 10) + " " + std::to_string(entry.y + entry.h / 2) + " click 1");
-    }
+    bool ChooseFileMenu(unsigned long window, const std::string& text) { return e2e::ChooseFileMenu(*x, window, text); }
 
     std::optional<Screen565> Look(unsigned long window) {
         const auto picture = x->Capture(window);
@@ -239,8 +206,8 @@ protected:
     test::ScratchDir dir;
     fs::path app = dir / "app";
     std::unique_ptr<e2e::XSession> x;
-    Gorb_Rect grid{};
-    Point editButton{};
+    // The main screen's grid where the program puts it below its menu bar.
+    const Gorb_Rect grid = e2e::MainScreenControl(kControlGrid);
 };
 
 TEST_F(MusicianTest, TypesNotesUndoesRedoesPlaysSavesAndQuitsThroughTheMenu) {
@@ -374,9 +341,8 @@ TEST_F(MusicianTest, ImportsAModAnswersItsDialogPlaysSavesAndUndoesAnInstrumentE
     unsigned long window = 0;
     ASSERT_NO_FATAL_FAILURE(WaitForMainScreen(window));
     ASSERT_NO_FATAL_FAILURE(LoadThroughRequester(window, mod));
-    auto before = Settled(window);
     // The MOD's dialog comes over the requester; Return takes its "Okay".
-    before = Settled(window);
+    auto before = Settled(window);
     ASSERT_TRUE(before);
     ASSERT_TRUE(Keys("Return"));
     ASSERT_TRUE(Changes(window, *before, grid)) << "the MOD wasn't loaded";
@@ -402,7 +368,8 @@ TEST_F(MusicianTest, ImportsAModAnswersItsDialogPlaysSavesAndUndoesAnInstrumentE
     // screen with its start volume field and its "Okay" where given here.
     before = Settled(window);
     ASSERT_TRUE(before);
-    ASSERT_TRUE(ClickAt(window, editButton));
+    const Gorb_Rect edit = e2e::MainScreenControl(kControlEditInstrument);
+    ASSERT_TRUE(ClickAt(window, {edit.x + edit.w / 2, edit.y + edit.h / 2}));
     ASSERT_TRUE(RequesterOpens(window, *before)) << "no instrument editor";
     ASSERT_TRUE(ClickAt(window, {275, 324}));
     ASSERT_TRUE(Keys("End BackSpace BackSpace BackSpace BackSpace BackSpace BackSpace 8"));

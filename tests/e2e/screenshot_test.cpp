@@ -14,16 +14,12 @@
 #include <iterator>
 #include <string>
 
+#include "e2e/program_places.h"
 #include "e2e/x_session.h"
-#include "edit/main_menu.h"
 #include "platform/gorb.h"
 #include "screens/main_screen.h"
 #include "test_support.h"
-#include "ui/menu_bar.h"
 #include "ui/painter.h"
-#include "ui/queued_input.h"
-#include "ui/toolkit.h"
-#include "ui/window.h"
 
 namespace sondrel {
 namespace {
@@ -63,10 +59,7 @@ protected:
         const char* wanted = std::getenv("SONDREL_SCREENSHOT_DIR");
         shots = wanted != nullptr && *wanted != '\0' ? fs::path(wanted) : dir.Path();
         fs::create_directories(shots);
-        fs::create_directories(app);
-        fs::copy_file(test::BinaryDir() / "sondrel", app / "sondrel");
-        fs::copy(test::BinaryDir() / "skins", app / "skins", fs::copy_options::recursive);
-        fs::copy_file(test::BinaryDir() / "modfont.png", app / "modfont.png");
+        e2e::CopyProgram(app);
         fs::copy_file(test::SourceDir() / "data" / "demo.sdrltk", dir / "demo.sdrltk");
         // The folder the requester opens in: the program starts there.
         fs::create_directories(files / "gypsy_jigs");
@@ -112,18 +105,6 @@ protected:
         return x->Xdotool("mousemove --sync --window " + std::to_string(window) + " " + std::to_string(atX) + " " +
                           std::to_string(atY) + " click 1");
     }
-    // A main screen control's rectangle, in window coordinates.
-    static Gorb_Rect ControlRect(uint16_t id) {
-        QueuedInput input;
-        Toolkit toolkit(input);
-        const PatternViewWidgets widgets =
-            BuildMainScreen(toolkit, kScreenWidth, kScreenHeight, DropDownMenuBar::kBarHeight);
-        for (const auto& widget : widgets.mainWindow->Widgets())
-            if (widget->Id() == id)
-                return {widgets.mainWindow->Rect().x + widget->Rect().x, widgets.mainWindow->Rect().y + widget->Rect().y,
-                        widget->Rect().w, widget->Rect().h};
-        return {};
-    }
 
     test::ScratchDir dir;
     fs::path app = dir / "app";
@@ -146,7 +127,7 @@ TEST_F(ScreenshotTest, MainScreenFileRequesterAndInstrumentEditor) {
     // (a) The main screen with the demo song: the octave slider has its number beside it.
     const WindowPicture main = Shot("main_screen.png");
     ASSERT_EQ(main.width, kScreenWidth);
-    const Gorb_Rect slider = ControlRect(kControlOctave);
+    const Gorb_Rect slider = e2e::MainScreenControl(kControlOctave);
     int octaveInk = 0;
     const int right = slider.x + slider.w;
     for (int y = slider.y; y < slider.y + slider.h; ++y)
@@ -154,19 +135,10 @@ TEST_F(ScreenshotTest, MainScreenFileRequesterAndInstrumentEditor) {
     EXPECT_GT(octaveInk, 5) << "no number beside the octave slider";
 
     // (b) The file requester, opened from the File menu where the program started.
-    DropDownMenuBar bar(MainMenuTitles({}), kScreenWidth);
-    const Gorb_Rect title = bar.TitleRect(0);
-    bar.Press({title.x + title.w / 2, title.y + title.h / 2});
-    const auto& entries = bar.Titles()[0].entries;
-    const auto load = std::find_if(entries.begin(), entries.end(), [](const MenuEntry& e) { return e.text == "Load module..."; });
-    ASSERT_NE(load, entries.end());
-    const Gorb_Rect entry = bar.EntryRect(0, static_cast<int>(load - entries.begin()));
-    ASSERT_TRUE(Click(title.x + title.w / 2, title.h / 2));
-    ASSERT_TRUE(Click(entry.x + 10, entry.y + entry.h / 2));
+    ASSERT_TRUE(e2e::ChooseFileMenu(*x, window, "Load module..."));
     const Gorb_Rect requester{kScreenWidth / 4, kScreenHeight / 6, kScreenWidth / 2, kScreenHeight * 2 / 3};
     const Gorb_Rect listed{requester.x + 10, requester.y + 50, requester.w - 20, requester.h / 2};
-    ASSERT_TRUE(ChangesFrom(main, requester))
-        << "no file requester";
+    ASSERT_TRUE(ChangesFrom(main, requester)) << "no file requester";
     const WindowPicture underscored = Shot("file_requester.png");
 
     // The same name with blanks for underscores, listed again: the rows that
@@ -184,12 +156,10 @@ TEST_F(ScreenshotTest, MainScreenFileRequesterAndInstrumentEditor) {
     ASSERT_TRUE(x->Xdotool("key --delay 40 Escape"));
 
     // (c) The instrument editor, from the main screen's Edit button.
-    const Gorb_Rect edit = ControlRect(kControlEditInstrument);
-    ASSERT_TRUE(ChangesFrom(spaced, listed))
-        << "the requester did not close";
+    const Gorb_Rect edit = e2e::MainScreenControl(kControlEditInstrument);
+    ASSERT_TRUE(ChangesFrom(spaced, listed)) << "the requester did not close";
     ASSERT_TRUE(Click(edit.x + edit.w / 2, edit.y + edit.h / 2));
-    ASSERT_TRUE(ChangesFrom(main, {0, 40, kScreenWidth, kScreenHeight / 2}))
-        << "no instrument editor";
+    ASSERT_TRUE(ChangesFrom(main, {0, 40, kScreenWidth, kScreenHeight / 2})) << "no instrument editor";
     Shot("instrument_editor.png");
     ASSERT_TRUE(x->Xdotool("key --delay 40 Escape"));
 }

@@ -234,7 +234,7 @@ TEST_F(DispatcherTest, FilesThatFailAreToldAndASaveMarksTheModuleSaved) {
     EXPECT_EQ(prompts.messages.back(), kExportNotAvailable);
 }
 
-TEST_F(DispatcherTest, MenusShowWhatCanActAndTheOptions) {
+TEST_F(DispatcherTest, MenusShowWhatCanAct) {
     EXPECT_FALSE(MenuItem(kMenuUndo).enabled);
     EXPECT_FALSE(MenuItem(kMenuRedo).enabled);
     Modify();
@@ -248,15 +248,6 @@ TEST_F(DispatcherTest, MenusShowWhatCanActAndTheOptions) {
     Menu(kMenuUndo);
     EXPECT_FALSE(MenuItem(kMenuUndo).enabled);
     EXPECT_TRUE(MenuItem(kMenuRedo).enabled);
-
-    // Unbound, the options start as the program's defaults: "Paste: Delete" on.
-    EXPECT_FALSE(MenuItem(kMenuWrapVolume).checked);
-    EXPECT_TRUE(MenuItem(kMenuPasteDelete).checked);
-    Menu(kMenuWrapVolume);
-    Menu(kMenuPasteDelete);
-    EXPECT_TRUE(MenuItem(kMenuWrapVolume).checked);
-    EXPECT_FALSE(MenuItem(kMenuPasteDelete).checked);
-    EXPECT_TRUE(dispatcher.Options().wrapVolume);
 }
 
 // Bound options are toggled in place and followed; here paste, and the undo
