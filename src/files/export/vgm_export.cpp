@@ -13,6 +13,7 @@ namespace {
 constexpr uint32_t kNtscClock = 3579545;
 constexpr uint32_t kPalClock = 3546893;
 constexpr uint32_t kVersion = 0x150;
+constexpr uint32_t kVersionWithChipFlags = 0x151;
 constexpr size_t kHeaderSize = 0x40;
 constexpr size_t kEndOffsetField = 0x04;
 constexpr size_t kGd3OffsetField = 0x14;
@@ -26,8 +27,28 @@ constexpr uint8_t kWaitNtscFrame = 0x62;
 constexpr uint8_t kWaitPalFrame = 0x63;
 constexpr uint8_t kEndOfData = 0x66;
 
-constexpr const char* kSystemName = "Sega Master System / Game Gear";
 constexpr const char* kCreatorName = "Sondrel VGM Exporter";
+
+// How a log names the chip family member it was written for.
+struct ChipHeader {
+    uint16_t noiseFeedback;
+    uint8_t noiseWidth;
+    uint8_t flags;  // read from version 1.51 on: 0 means a Sega chip with stereo
+    const char* systemName;
+};
+
+// SN76489 flag bits of the header.
+constexpr uint8_t kFlagZeroIs1024 = 0x01;
+constexpr uint8_t kFlagNoStereo = 0x04;
+
+constexpr std::array<ChipHeader, kChipVariants> kChipHeaders = {{
+    {9, 16, 0, "Sega Master System / Game Gear"},
+    {9, 16, 0, "Sega Game Gear"},
+    {3, 15, kFlagZeroIs1024 | kFlagNoStereo, "BBC Model B"},
+}};
+
+const ChipHeader& HeaderOf(const Module& module) { return kChipHeaders[module.chipVariant % kChipVariants]; }
+bool HasStereo(const Module& module) { return (HeaderOf(module).flags & kFlagNoStereo) == 0; }
 
 // Little-endian appends and patches.
 class VgmBuffer {
@@ -65,9 +86,10 @@ uint32_t ChipClock(const Module& module) {
 }
 
 void WriteHeader(VgmBuffer& out, const Module& module) {
+    const ChipHeader& chip = HeaderOf(module);
     out.Text("Vgm ");
     out.Long(0);  // end-of-file offset, patched
-    out.Long(kVersion);
+    out.Long(chip.flags != 0 ? kVersionWithChipFlags : kVersion);
     out.Long(ChipClock(module));
     out.Long(0);  // YM2413 clock
     out.Long(0);  // GD3 offset, patched
@@ -75,9 +97,9 @@ void WriteHeader(VgmBuffer& out, const Module& module) {
     out.Long(0);  // loop offset: no loop
     out.Long(0);  // loop samples
     out.Long(module.IsPal() ? 50 : 60);
-    out.Word(9);  // noise feedback pattern
-    out.Byte(16);  // noise shift register width
-    out.Byte(0);
+    out.Word(chip.noiseFeedback);
+    out.Byte(chip.noiseWidth);
+    out.Byte(chip.flags);
     out.Long(0);  // YM2612 clock
     out.Long(0);  // YM2151 clock
     out.Long(static_cast<uint32_t>(kHeaderSize - 0x34));
@@ -106,6 +128,7 @@ CommandsWritten WriteCommands(VgmBuffer& out, Module& module, bool loop) {
     std::array<uint8_t, kChannels> volumes;
     volumes.fill(255);
 
+    const bool stereo = HasStereo(module);
     SongStepper stepper(module);
     CommandsWritten written;
     bool looped = false;
@@ -139,8 +162,9 @@ CommandsWritten WriteCommands(VgmBuffer& out, Module& module, bool loop) {
                 out.Byte(static_cast<uint8_t>(period >> 4));
             }
         }
-        // The stereo register is written in every frame that has a setting, changed or not.
-        if (chip.Stereo() < 255) {
+        // The stereo register is written in every frame that has a setting,
+        // changed or not, and at the loop point whatever it holds.
+        if (stereo && (chip.Stereo() < 255 || loopFrame)) {
             out.Byte(kStereoWrite);
             out.Byte(chip.Stereo());
         }
@@ -163,7 +187,7 @@ void WriteGd3(VgmBuffer& out, const Module& module) {
     out.Long(0);  // length of the strings, patched
     const std::string empty;
     for (const std::string* text : {&module.title, &empty, &empty, &empty}) out.WideString(*text);
-    out.WideString(kSystemName);
+    out.WideString(HeaderOf(module).systemName);
     for (const std::string* text : {&empty, &module.author, &empty, &empty}) out.WideString(*text);
     out.WideString(kCreatorName);
     out.WideString(module.notes);

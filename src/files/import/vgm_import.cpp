@@ -33,6 +33,12 @@ using UniqueGzFile = std::unique_ptr<gzFile_s, GzCloser>;
 uint16_t Le16(const uint8_t* bytes) { return static_cast<uint16_t>(bytes[0] | bytes[1] << 8); }
 uint32_t Le32(const uint8_t* bytes) { return Le16(bytes) | static_cast<uint32_t>(Le16(bytes + 2)) << 16; }
 
+// The TI parts (BBC Micro, SG-1000, Tandy) log a 15-bit noise register
+// tapped at bits 0 and 1; everything else is read as the Sega chip.
+uint8_t VariantOfNoise(uint16_t pattern, uint8_t width) {
+    return width == 15 || pattern == 0x0003 ? kVariantTi : kVariantSega;
+}
+
 // Reads at most `limit` bytes, in pieces, stopping where the stream ends.
 std::vector<uint8_t> ReadCommandData(gzFile file, uint64_t limit) {
     constexpr size_t kPiece = 1 << 16;
@@ -64,7 +70,7 @@ class VgmFrameWriter {
 public:
     VgmFrameWriter(Module& module, bool isPal) : module_(module), frameLength_(isPal ? kPalFrame : kNtscFrame) {
         chip_.Reset();
-        chip_.Configure(isPal, module.frequencyDivider);
+        chip_.Configure(isPal, module.frequencyDivider, module.chipVariant);
         RememberRegisters();
 
         Pattern& first = module_.patterns[0];
@@ -222,7 +228,7 @@ VgmLog ReadVgm(const std::string& path) {
     if (proposal.noisePattern == 0) proposal.noisePattern = 9;
     if (proposal.noiseWidth == 0) proposal.noiseWidth = 16;
     bool palLog = proposal.rate == 50 || (proposal.chipClock & ~kClockFlags) == kPalClock;
-    proposal.chip = {kDivider1x, palLog ? kChipPal : kChipNtsc};
+    proposal.chip = {kDivider1x, palLog ? kChipPal : kChipNtsc, VariantOfNoise(proposal.noisePattern, proposal.noiseWidth)};
 
     // The commands are read from the end of the 64-byte header to the end
     // that the header gives, whatever it says about where the data begin.

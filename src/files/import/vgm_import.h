@@ -21,7 +21,8 @@ struct VgmImportOptions {
     uint32_t chipClock = 0;     // "Chip clock:", 0 when the log has no SN76489
     uint16_t noisePattern = 9;  // "Noise channel pattern:" (a 0 in the file reads as 9)
     uint8_t noiseWidth = 16;    // "Noise channel width:" (a 0 in the file reads as 16)
-    // Proposed from the header: PAL for a 50 Hz rate or the PAL clock, else NTSC; 1x.
+    // Proposed from the header: PAL for a 50 Hz rate or the PAL clock, else NTSC;
+    // 1x; the TI chip for a 15-bit noise register or taps at bits 0 and 1.
     ChipSettings chip{};
 };
 

@@ -31,6 +31,18 @@ using test::LoadDemo;
 using test::SetNote;
 using test::TickPerLine;
 
+// The GD3 strings as the text each one widens.
+std::vector<std::u16string> Gd3Strings(const Bytes& vgm) {
+    std::vector<std::u16string> strings(1);
+    for (size_t i = Gd3Start(vgm) + 12; i + 1 < vgm.size(); i += 2) {
+        const char16_t unit = static_cast<char16_t>(vgm[i] | vgm[i + 1] << 8);
+        if (unit == 0) strings.emplace_back();
+        else strings.back() += unit;
+    }
+    strings.pop_back();
+    return strings;
+}
+
 TEST(VgmExportTest, HeaderFieldsFollowTheChipSettingsAndOffsetsArePatched) {
     struct Case {
         ChipSettings settings;
@@ -56,6 +68,33 @@ TEST(VgmExportTest, HeaderFieldsFollowTheChipSettingsAndOffsetsArePatched) {
         EXPECT_EQ(Le32(vgm, gd3 + 8), vgm.size() - (gd3 + 12));
         EXPECT_EQ(Commands(vgm), (Bytes{0x50, 0x9F, 0x50, 0x80, 0x50, 0x00, 0x50, 0xBF, 0x50, 0xA0, 0x50, 0x00, 0x50,
                                         0xDF, 0x50, 0xC0, 0x50, 0x00, 0x50, 0xFF, c.wait, c.wait, c.wait, 0x66}));
+    }
+}
+
+// The Game Gear log differs from the Sega one only in its GD3 system name;
+// the TI log names its noise register (feedback 3, width 15) and, in a
+// version 1.51 header, flags period 0 as 1024 and no stereo, which it never writes.
+TEST(VgmExportTest, EachChipIsNamedInTheHeaderAndTheGd3Tag) {
+    const struct {
+        uint8_t variant;
+        uint32_t version, noise;
+        const char16_t* system;
+    } cases[] = {{kVariantSega, 0x150, 0x00100009, u"Sega Master System / Game Gear"},
+                 {kVariantGameGear, 0x150, 0x00100009, u"Sega Game Gear"},
+                 {kVariantTi, 0x151, 0x050F0003, u"BBC Model B"}};
+    for (const auto& c : cases) {
+        auto module = TickPerLine(2, {kDivider1x, kChipNtsc, c.variant});
+        SetNote(*module, 0, 0, 69);
+        module->patterns[0].lines[0].command = kCommandST;
+        module->patterns[0].lines[0].commandParam = 0xF7;
+        const Bytes vgm = BuildVgm(*module);
+        EXPECT_EQ(Le32(vgm, 0x08), c.version);
+        EXPECT_EQ(Le32(vgm, 0x28), c.noise);
+        EXPECT_EQ(Gd3Strings(vgm)[4], c.system);
+        const Bytes commands = Commands(vgm);
+        bool stereo = false;
+        for (size_t i = 0; i + 1 < commands.size(); i += commands[i] == 0x62 ? 1 : 2) stereo |= commands[i] == 0x4F;
+        EXPECT_EQ(stereo, c.variant != kVariantTi);
     }
 }
 
@@ -158,18 +197,6 @@ TEST(VgmExportTest, ALoopedLogGoesBackToTheRepeatPositionWithTheWholeChipState) 
     const Bytes plain = BuildVgm(*LoadDemo());
     EXPECT_EQ(Le32(plain, 0x1C), 0u);
     EXPECT_EQ(Le32(plain, 0x20), 0u);
-}
-
-// The GD3 strings as the text each one widens.
-std::vector<std::u16string> Gd3Strings(const Bytes& vgm) {
-    std::vector<std::u16string> strings(1);
-    for (size_t i = Gd3Start(vgm) + 12; i + 1 < vgm.size(); i += 2) {
-        const char16_t unit = static_cast<char16_t>(vgm[i] | vgm[i + 1] << 8);
-        if (unit == 0) strings.emplace_back();
-        else strings.back() += unit;
-    }
-    strings.pop_back();
-    return strings;
 }
 
 TEST(VgmExportTest, Gd3TagHoldsElevenWidenedStringsAndTheFileIsWrittenAsBuilt) {
