@@ -1,12 +1,15 @@
 // Whole-song render speed against libgme playing our VGM export of the same
-// song. Both sides are timed in the same iterations, alternating, on this
-// thread's CPU clock; "vs_libgme" is our speed over libgme's.
+// song, and for each member of the chip family against the Sega chip. Both
+// sides are timed in the same iterations, alternating, on this thread's CPU
+// clock; "vs_libgme" is our speed over libgme's, "vs_sega" the chip's over
+// the Sega chip's.
 
 #include <benchmark/benchmark.h>
 
 #include <algorithm>
 #include <ctime>
 #include <memory>
+#include <utility>
 #include <vector>
 
 #include "demo_song.h"
@@ -45,6 +48,64 @@ uint64_t RenderOurs(Module& module) {
         .frames;
 }
 
+// Runs ours() and theirs() alternately in each iteration, first one then the
+// other; returns the CPU seconds each took in all, and reports ours as the
+// iteration time. When theirs() fails the benchmark stops with that error.
+template <typename Ours, typename Theirs>
+std::pair<double, double> TimeSideBySide(benchmark::State& state, Ours ours, Theirs theirs, const char* failure) {
+    double oursTotal = 0.0;
+    double theirsTotal = 0.0;
+    bool oursFirst = true;
+    for (auto _ : state) {
+        // Alternating the order keeps caches and frequency steps from favouring one side.
+        double oursNow = 0.0;
+        double theirsNow = 0.0;
+        for (int side = 0; side < 2; ++side) {
+            const double start = ThreadSeconds();
+            if ((side == 0) == oursFirst) {
+                ours();
+                oursNow = ThreadSeconds() - start;
+            } else {
+                if (!theirs()) {
+                    state.SkipWithError(failure);
+                    return {0.0, 0.0};
+                }
+                theirsNow = ThreadSeconds() - start;
+            }
+        }
+        oursFirst = !oursFirst;
+        oursTotal += oursNow;
+        theirsTotal += theirsNow;
+        state.SetIterationTime(oursNow);
+    }
+    return {oursTotal, theirsTotal};
+}
+
+void BM_RenderLongSongPerChip(benchmark::State& state) {
+    auto sega = LongSong();
+    auto chip = LongSong();
+    if (!sega || !chip) {
+        state.SkipWithError("demo.sdrltk not found beside the executable or in data/");
+        return;
+    }
+    chip->chipVariant = static_cast<uint8_t>(state.range(0));
+    const uint64_t frames = RenderOurs(*chip);
+    const auto [ours, theirs] = TimeSideBySide(
+        state, [&] { benchmark::DoNotOptimize(RenderOurs(*chip)); },
+        [&] { return benchmark::DoNotOptimize(RenderOurs(*sega)), true; }, "");
+    const double audio = static_cast<double>(frames) / kOutputRate * static_cast<double>(state.iterations());
+    state.counters["realtime_x"] = audio / ours;
+    state.counters["vs_sega"] = theirs / ours;
+    state.SetLabel(kChipVariantNames[chip->chipVariant]);
+}
+BENCHMARK(BM_RenderLongSongPerChip)
+    ->Arg(kVariantSega)
+    ->Arg(kVariantGameGear)
+    ->Arg(kVariantTi)
+    ->UseManualTime()
+    ->Unit(benchmark::kMillisecond)
+    ->MinTime(1.0);
+
 #ifdef SONDREL_HAVE_GME
 
 // The same number of frames of the exported log, streamed as a player does.
@@ -74,31 +135,10 @@ void BM_RenderLongSongVsLibgme(benchmark::State& state) {
     }
     const std::vector<uint8_t> vgm = BuildVgm(*module);
     const uint64_t frames = RenderOurs(*module);
-    double ours = 0.0;
-    double theirs = 0.0;
-    bool oursFirst = true;
-    for (auto _ : state) {
-        // Alternating the order keeps caches and frequency steps from favouring one side.
-        double oursNow = 0.0;
-        double theirsNow = 0.0;
-        for (int side = 0; side < 2; ++side) {
-            const double start = ThreadSeconds();
-            if ((side == 0) == oursFirst) {
-                benchmark::DoNotOptimize(RenderOurs(*module));
-                oursNow = ThreadSeconds() - start;
-            } else {
-                if (!PlayInGme(vgm, frames)) {
-                    state.SkipWithError("libgme refused the exported song");
-                    return;
-                }
-                theirsNow = ThreadSeconds() - start;
-            }
-        }
-        oursFirst = !oursFirst;
-        ours += oursNow;
-        theirs += theirsNow;
-        state.SetIterationTime(oursNow);
-    }
+    const auto [ours, theirs] = TimeSideBySide(
+        state, [&] { benchmark::DoNotOptimize(RenderOurs(*module)); }, [&] { return PlayInGme(vgm, frames); },
+        "libgme refused the exported song");
+    if (ours == 0.0) return;
     const double audio = static_cast<double>(frames) / kOutputRate * static_cast<double>(state.iterations());
     state.counters["realtime_x"] = audio / ours;
     state.counters["libgme_realtime_x"] = audio / theirs;

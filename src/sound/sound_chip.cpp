@@ -307,12 +307,45 @@ void SoundChip::RenderNoise(uint32_t frameCount) {
     const unsigned white = noiseWhite_ ? 1 : 0;
     const unsigned tap = noiseTap_;
     const unsigned top = noiseTopBit_;
-    noiseCounter_ = WalkEdges(noiseCounter_, static_cast<int32_t>(EffectivePeriod(noisePeriod_) << 16), frameCount,
-                              [&](uint32_t frame, int32_t, int reloads) {
-        if (toggle) lfsr = (lfsr >> 1) | (((lfsr ^ ((lfsr >> tap) & white)) & 1) << top);
-        toggle ^= static_cast<unsigned>(reloads & 1);
-        if (frame < frameCount) out.Set(frame, static_cast<int>(lfsr & 1) * level);
-    });
+    const auto shift = [&] { lfsr = (lfsr >> 1) | (((lfsr ^ ((lfsr >> tap) & white)) & 1) << top); };
+    const auto output = [&] { return static_cast<int>(lfsr & 1) * level; };
+    const auto reload = static_cast<int32_t>(EffectivePeriod(noisePeriod_) << 16);
+
+    if (reload <= static_cast<int32_t>(step_)) {
+        // An edge may take several reloads; the toggle flips with each.
+        noiseCounter_ = WalkEdges(noiseCounter_, reload, frameCount, [&](uint32_t frame, int32_t, int reloads) {
+            if (toggle) shift();
+            toggle ^= static_cast<unsigned>(reloads & 1);
+            if (frame < frameCount) out.Set(frame, output());
+        });
+    } else {
+        // Each edge takes one reload, so the toggle alternates and only every
+        // other edge shifts. The shifting edges fall where a counter reloaded
+        // with twice the period runs out; the others change nothing but for
+        // a first one, which ends the softened start.
+        int32_t counter = noiseCounter_;
+        const bool waiting = toggle == 0;
+        if (waiting) {
+            const uint32_t k =
+                counter <= 0 ? 1 : DivideBy(static_cast<uint32_t>(counter) + step_ - 1, stepReciprocal_);
+            if (k < frameCount) out.Set(k, output());
+            counter += reload;
+        }
+        bool shifted = false;
+        counter = WalkEdges(counter, 2 * reload, frameCount, [&](uint32_t frame, int32_t, int) {
+            shift();
+            shifted = true;
+            if (frame < frameCount) out.Set(frame, output());
+        });
+        // Back to one reload an edge: the edge after the last shift may still be to come.
+        if ((waiting || shifted) && counter > reload) {
+            counter -= reload;
+            toggle = 0;
+        } else {
+            toggle = 1;
+        }
+        noiseCounter_ = counter;
+    }
     lfsr_ = static_cast<uint16_t>(lfsr);
     noiseToggle_ = static_cast<uint8_t>(toggle);
 }
