@@ -1,4 +1,4 @@
-// sondrel-cli export-vgm: a song as a VGM 1.50 log.
+// sondrel-cli export-vgm: a song as a VGM log for the module's chip.
 
 #include <cstdio>
 #include <string>
@@ -32,14 +32,23 @@ int ExportVgmCommand(const std::vector<std::string>& argv) {
 }
 
 const CommandRegistration kExportVgm(
-    {"export-vgm", "play a song once into a VGM 1.50 log for the SN76489",
+    {"export-vgm", "play a song once into a VGM log for the SN76489",
      "usage: sondrel-cli export-vgm FILE OUT.vgm [--loop]\n"
      "Plays FILE from its start until the pattern list runs out and writes the\n"
      "chip's register writes frame by frame, with a GD3 tag holding the title,\n"
      "author and notes. The log has no loop point unless --loop is given:\n"
      "  --loop   loop from the repeat position: players go back to the frame in\n"
      "           which it first starts to play, where the log writes the whole\n"
-     "           chip state again.\n",
+     "           chip state again.\n"
+     "The header names the chip the module is written for (\"Chip:\" in its\n"
+     "settings, --variant for imported files):\n"
+     "  sega      Sega Master System / Game Gear: VGM 1.50, noise feedback 9,\n"
+     "            16-bit register (the default)\n"
+     "  gamegear  the same header, GD3 system \"Sega Game Gear\"; players pan the\n"
+     "            noise with the stereo byte\n"
+     "  ti        TI SN76489 of the BBC Micro, Tandy and SG-1000: VGM 1.51, noise\n"
+     "            feedback 3, 15-bit register, flags: period 0 is 1024, no\n"
+     "            stereo; GD3 system \"BBC Model B\"\n",
      ExportVgmCommand, 40});
 
 }  // namespace

@@ -413,5 +413,33 @@ TEST_F(MusicianTest, TypesAVolumeWithDigitsAndUndoesWithCtrlZWhenThePreferencesS
     EXPECT_NE(kept.find("type_values_with_digits = true"), std::string::npos) << kept;
 }
 
+// "Module settings" > "Chip:" picks the TI chip, and the saved module keeps it.
+// The dialog stands in the middle of the screen with its chip choice, the
+// choice's third line and "Okay" where given here.
+TEST_F(MusicianTest, ChoosesTheTiChipInTheModuleSettingsAndSavesIt) {
+    auto program = Start("");
+    unsigned long window = 0;
+    ASSERT_NO_FATAL_FAILURE(WaitForMainScreen(window));
+    auto before = Settled(window);
+    ASSERT_TRUE(before);
+    const Gorb_Rect settings = e2e::MainScreenControl(kControlModuleSettings);
+    ASSERT_TRUE(ClickAt(window, {settings.x + settings.w / 2, settings.y + settings.h / 2}));
+    ASSERT_TRUE(RequesterOpens(window, *before)) << "no module settings";
+    before = Settled(window);
+    ASSERT_TRUE(before);
+    ASSERT_TRUE(ClickAt(window, {465, 365}));
+    ASSERT_TRUE(Changes(window, *before, {340, 380, 250, 50})) << "the chip choice didn't open";
+    ASSERT_TRUE(ClickAt(window, {465, 422}));
+    ASSERT_TRUE(Settled(window));
+    ASSERT_TRUE(ClickAt(window, {466, 458}));
+    ASSERT_TRUE(TitleBecomes(window, kChangedTitle)) << "the new chip didn't count as a change";
+    ASSERT_NO_FATAL_FAILURE(SaveAndQuit(window, *program, dir / "song"));
+
+    ImportOptionsProvider options;
+    const auto module = LoadNewModule((dir / "song.sdrltk").string(), options);
+    ASSERT_TRUE(module);
+    EXPECT_EQ(module->chipVariant, kVariantTi);
+}
+
 }  // namespace
 }  // namespace sondrel

@@ -98,7 +98,7 @@ protected:
 
     // Everything inside the window on the screen, what begins in a group's
     // frame inside it, no two controls on each other, and every text within
-    // its widget.
+    // its widget, each choice within its button.
     void ExpectTidy() {
         const Gorb_Rect& window = Dialog()->Rect();
         EXPECT_TRUE(window.x >= 0 && window.y >= 0 && window.x + window.w <= kScreenWidth &&
@@ -120,6 +120,10 @@ protected:
             }
             if (const auto* text = dynamic_cast<const MessageText*>(widgets[i].get())) {
                 for (const std::string& line : text->Lines()) EXPECT_LE(MeasureText(line, font), r.w) << line;
+            }
+            if (const auto* choice = dynamic_cast<const MenuButton*>(widgets[i].get())) {
+                for (const std::string& line : choice->Choices())
+                    EXPECT_LE(MeasureText(line, font), r.w - 6 - MenuButton::kArrowWidth) << line;
             }
         }
     }

@@ -171,7 +171,7 @@ std::optional<ModImportValues> AskModImport(Requesters& requesters, const ModImp
 }
 
 std::optional<VgmImportValues> AskVgmImport(Requesters& requesters, const VgmImportValues& proposal) {
-    DialogForm form(requesters, "Load VGM file");
+    DialogForm form(requesters, "Load VGM file", 440);  // room for the chip names
     if (!form.Opened()) return std::nullopt;
     const uint32_t clock = proposal.chipClock & ~kClockFlags;
     form.BeginGroup("VGM file info");
