@@ -134,4 +134,27 @@ void Module::ResetInstrument(int number) {
     instruments[static_cast<size_t>(number) & (kInstruments - 1)].Reset();
 }
 
+const char* ChannelCommandText(uint8_t command) {
+    static constexpr const char* kTexts[] = {"--", "PV", "VO", "AR", "SU", "SD", "GL", "VI", "VS", "NC", "ND", "RT"};
+    return command <= kLastChannelCommand ? kTexts[command] : "??";
+}
+
+bool ChannelParamIsHex(uint8_t command) {
+    return command == kEffectArpeggio || command == kEffectVibrato || command == kEffectVolumeSlide;
+}
+
+bool ChannelCommandActsOnNoise(uint8_t command) {
+    switch (command) {
+    case kChannelCommandPV:
+    case kEffectArpeggio:
+    case kEffectSlideUp:
+    case kEffectSlideDown:
+    case kEffectGlide:
+    case kEffectVibrato:
+        return false;
+    default:
+        return true;
+    }
+}
+
 }  // namespace sondrel

@@ -45,8 +45,32 @@ struct ChipSettings {
     bool operator==(const ChipSettings&) const = default;
 };
 
-// Channel commands and command-column commands.
-enum ChannelCommand : uint8_t { kChannelCommandNone = 0, kChannelCommandPV = 1, kChannelCommandVO = 2 };
+// Channel commands and command-column commands. From 3 on the channel
+// commands are effects that act tick by tick while their line plays
+// (sound/channel_effects.h); 12..15 mean nothing.
+enum ChannelCommand : uint8_t {
+    kChannelCommandNone = 0,
+    kChannelCommandPV = 1,
+    kChannelCommandVO = 2,
+    kEffectArpeggio = 3,     // "AR" xy: note, note + x, note + y semitones, a tick each
+    kEffectSlideUp = 4,      // "SU" speed: period units a tick, kept until the next note
+    kEffectSlideDown = 5,    // "SD" speed
+    kEffectGlide = 6,        // "GL" speed: to the line's note without restarting it
+    kEffectVibrato = 7,      // "VI" xy: speed x, depth y, in place of the instrument's
+    kEffectVolumeSlide = 8,  // "VS" xy: volume up x or down y a tick
+    kEffectNoteCut = 9,      // "NC" ticks: silent after so many ticks of the line
+    kEffectNoteDelay = 10,   // "ND" ticks: the line's note starts so many ticks late
+    kEffectRetrigger = 11,   // "RT" ticks: the note starts again every so many ticks
+};
+constexpr uint8_t kLastChannelCommand = kEffectRetrigger;
+// The two-letter text of a channel command: "--" for none, "??" for 12..15.
+const char* ChannelCommandText(uint8_t command);
+// Whether the parameter reads as two hexadecimal digits x and y (AR, VI, VS)
+// rather than as a decimal number.
+bool ChannelParamIsHex(uint8_t command);
+// Whether the command does anything on the noise channel: "PV" and the pitch
+// effects don't, as the noise has no pitch of its own.
+bool ChannelCommandActsOnNoise(uint8_t command);
 enum LineCommand : uint8_t { kCommandNone = 0, kCommandSP = 1, kCommandST = 2 };
 
 struct PatternLine {
