@@ -97,6 +97,40 @@ void Melody(Pattern& pattern, const std::vector<uint8_t>& notes) {
         if (notes[line]) Note(pattern, line, kLeadChannel, notes[line], 13, kLead);
 }
 
+void Effect(Pattern& pattern, int line, int channel, uint8_t command, uint8_t param) {
+    pattern.lines[line].channelCommand[channel] = command;
+    pattern.lines[line].channelParam[channel] = param;
+}
+
+// Every effect once: chords by arpeggio on the arpeggio channel; on the
+// lead vibrato, a glide, a bend up and down, a late note, a fade and
+// staccato cuts; a snare roll by retriggering.
+void Effects(Pattern& pattern) {
+    Bass(pattern, true);
+    Drums(pattern, false);
+    constexpr uint8_t kChordShapes[4] = {0x37, 0x47, 0x47, 0x47};  // A minor, F, C, G
+    for (int line = 0; line < 64; line += 2) {
+        Note(pattern, line, kArpChannel, static_cast<uint8_t>(kRoots[line / 16] + 12), 9, kPad);
+        Effect(pattern, line, kArpChannel, kEffectArpeggio, kChordShapes[line / 16]);
+        Effect(pattern, line + 1, kArpChannel, kEffectArpeggio, 0);  // the same chord goes on
+    }
+    Melody(pattern, {76, 0, 0, 0, 0, 0, 0, 0, 72, 0, 0, 0, 0, 0, 0, 0,
+                     72, 0, 0, 0, 0, 0, 0, 0, 69, 0, 0, 0, 72, 0, 0, 0,
+                     76, 0, 0, 0, 0, 0, 0, 0, 79, 0, 79, 0, 76, 0, 0, 0,
+                     74, 0, 0, 0, 0, 0, 0, 0, 71, 0, 0, 0, 0, 0, 0, 0});
+    for (int line = 0; line < 8; ++line) Effect(pattern, line, kLeadChannel, kEffectVibrato, line ? 0 : 0x46);
+    for (int line = 8; line < 12; ++line) Effect(pattern, line, kLeadChannel, kEffectGlide, line == 8 ? 4 : 0);
+    for (int line = 20; line < 24; ++line) Effect(pattern, line, kLeadChannel, kEffectSlideUp, line == 20 ? 2 : 0);
+    Effect(pattern, 24, kLeadChannel, kEffectNoteDelay, 3);
+    for (int line = 32; line < 40; ++line) Effect(pattern, line, kLeadChannel, kEffectVolumeSlide, line == 32 ? 0x01 : 0);
+    for (int line : {40, 42, 44}) Effect(pattern, line, kLeadChannel, kEffectNoteCut, 2);
+    for (int line = 52; line < 56; ++line) Effect(pattern, line, kLeadChannel, kEffectSlideDown, line == 52 ? 1 : 0);
+    for (int line = 60; line < 64; ++line) {
+        Note(pattern, line, kDrumChannel, kSnare, 12, kPluck);
+        Effect(pattern, line, kDrumChannel, kEffectRetrigger, 2);
+    }
+}
+
 Pattern& NewPattern(Module& module, int number, const char* name) {
     module.CreatePattern(number);
     Pattern& pattern = module.patterns[number];
@@ -172,7 +206,9 @@ std::unique_ptr<Module> BuildDemo() {
     shuffle.lines[1].commandParam = 0xFF;
     for (int line = 0; line < 64; line += 2) shuffle.lines[line].instrument[kArpChannel] = kPluck;
 
-    const uint8_t order[] = {0, 1, 2, 1, 3, 2};
+    Effects(NewPattern(*module, 4, "Effects"));
+
+    const uint8_t order[] = {0, 1, 2, 1, 3, 2, 4};
     for (size_t i = 0; i < sizeof order; ++i) module->patternList[i] = order[i];
     module->patternListLength = sizeof order;
     module->repeatPosition = 1;

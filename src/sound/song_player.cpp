@@ -37,6 +37,7 @@ void SongPlayer::Start(uint16_t line, uint16_t listPosition, bool onePattern) {
     pattern_ = module_->patternList[listPosition_ & 255];
     chip_.Reset();
     for (auto& voice : voices_) voice.Stop();
+    effects_.Reset();
 }
 
 void SongPlayer::Stop() {
@@ -48,7 +49,8 @@ void SongPlayer::Stop() {
 void SongPlayer::PlayLine() {
     const PatternLine& cells = module_->patterns[pattern_].lines[line_ & 255];
     for (int c = 0; c < kChannels; ++c) {
-        if (cells.note[c] != 255) {
+        const bool effectTakesNote = effects_.BeginLine(c, cells, voices_[c], *module_);
+        if (cells.note[c] != 255 && !effectTakesNote) {
             const uint8_t index = cells.instrument[c] & (kInstruments - 1);
             voices_[c].Start(module_->instruments[index], index, cells.volume[c], cells.note[c],
                              cells.detune[c], kPlayForever);
@@ -98,6 +100,9 @@ void SongPlayer::Tick() {
                 }
             }
         }
+    }
+    if (playing_) {
+        for (int c = 0; c < kChannels; ++c) effects_.Tick(c, voices_[c]);
     }
     for (int c = 0; c < kChannels; ++c) {
         const uint8_t offset = (pvToggle_ == 1 && c < kToneChannels) ? pvOffset_[c] : 0;

@@ -6,6 +6,7 @@
 #include <cstdint>
 
 #include "model/module.h"
+#include "sound/channel_effects.h"
 #include "sound/sound_chip.h"
 #include "sound/voice.h"
 
@@ -56,6 +57,7 @@ private:
     std::array<uint8_t, 3> pvOffset_{};
     uint8_t channelMask_ = 0xFF;
     std::array<Voice, kChannels> voices_{};
+    ChannelEffects effects_;
     uint8_t playing_ = 0;
     uint8_t onePattern_ = 0;
     int16_t tickAccumulator_ = 0;

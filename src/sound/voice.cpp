@@ -1,5 +1,7 @@
 #include "sound/voice.h"
 
+#include <algorithm>
+
 #include "model/notes.h"
 #include "sound/sound_chip.h"
 
@@ -51,6 +53,46 @@ void Voice::Start(const Instrument& inst, uint8_t index, uint8_t noteVolume, uin
     newNote = 1;
     active = 1;
     started = 0;
+    slide = 0;
+    soundingNote = noteValue;
+}
+
+bool Voice::Restart() {
+    if (instrument == nullptr) return false;
+    Start(*instrument, instrumentIndex, volume, note, detune, kPlayForever);
+    return true;
+}
+
+namespace {
+
+// The pitch a slide may reach: from the lowest playable note's period to the highest.
+constexpr int kHighestSlidPeriod = 1023;
+
+bool SlidesOn(uint8_t note) { return note <= kLastToneNote; }
+
+}  // namespace
+
+void Voice::Slide(int units) {
+    if (!SlidesOn(note)) return;
+    const int base = TonePeriod(note) + detune;
+    const int lowest = TonePeriod(kLastPlayableTone);
+    slide = static_cast<int16_t>(std::clamp(base + slide + units, lowest, kHighestSlidPeriod) - base);
+}
+
+void Voice::GlideBy(int units) {
+    slide = static_cast<int16_t>(slide > 0 ? std::max(0, slide - units) : std::min(0, slide + units));
+}
+
+void Voice::GlideTo(uint8_t noteValue, int8_t noteDetune) {
+    const int from = TonePeriod(note) + detune + slide;
+    note = noteValue;
+    detune = noteDetune;
+    slide = static_cast<int16_t>(from - (TonePeriod(note) + detune));
+}
+
+int Voice::EffectivePeriod() const {
+    const auto sounding = static_cast<uint8_t>(std::min<int>(note + arpeggio, kLastToneNote));
+    return TonePeriod(sounding) + detune + slide;
 }
 
 void Voice::Update(SoundChip& chip, int channel, uint8_t pitchOffset) {
@@ -63,10 +105,17 @@ void Voice::Update(SoundChip& chip, int channel, uint8_t pitchOffset) {
     if (active) {
         if (channel < kToneChannels) {
             basePeriod = static_cast<uint16_t>(TonePeriod(note) + detune);
+            uint16_t period = basePeriod;
+            soundingNote = note;
+            if ((arpeggio | slide) != 0 && SlidesOn(note)) {
+                period = static_cast<uint16_t>(EffectivePeriod());
+                soundingNote = PeriodToNote(period - detune).note;
+            }
             const auto vibrato = static_cast<uint8_t>(
-                VibratoTable::Get().At(vibratoSpeed, vibratoStrength, vibratoPos));
+                effectVibrato ? VibratoTable::Get().At(0, effectVibratoDepth, effectVibratoPos)
+                              : VibratoTable::Get().At(vibratoSpeed, vibratoStrength, vibratoPos));
             vibratoOffset = static_cast<int8_t>(static_cast<uint8_t>(vibrato + pitchOffset));
-            chip.SetTonePeriod(channel, static_cast<uint16_t>((basePeriod + vibratoOffset) & 0x3FF));
+            chip.SetTonePeriod(channel, static_cast<uint16_t>((period + vibratoOffset) & 0x3FF));
         } else if (newNote) {
             chip.Write(static_cast<uint8_t>(note - kNoiseNoteToControl));
             vibratoOffset = 0;

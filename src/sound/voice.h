@@ -33,6 +33,17 @@ public:
                int8_t detune, uint32_t ticks);
     void Stop() { active = 0; }
     void SetVolume(uint8_t value) { volume = value; }
+    // The same note from its start again, envelope and all; false when the
+    // voice never had a note.
+    bool Restart();
+    // Moves the pitch by units of the tone period (negative: higher), kept
+    // within the playable periods; a new note takes it back.
+    void Slide(int units);
+    // Moves the slide towards none by at most units: the pitch glides to the note.
+    void GlideBy(int units);
+    // The note and detune now sound from the pitch sounding so far, which
+    // the slide keeps until a glide takes it to them.
+    void GlideTo(uint8_t noteValue, int8_t noteDetune);
     // One tick on chip channel `channel`; pitchOffset is added to the vibrato offset.
     void Update(SoundChip& chip, int channel, uint8_t pitchOffset);
 
@@ -55,6 +66,19 @@ public:
     uint8_t started = 0;
     uint8_t active = 0;
     const Instrument* instrument = nullptr;
+
+    // What the channel's effects add, tick by tick (all none without them).
+    int16_t slide = 0;          // period units on top of the note's period
+    uint8_t arpeggio = 0;       // semitones on top of the note, this tick
+    uint8_t effectVibrato = 0;  // the effect's vibrato replaces the instrument's, this tick
+    uint8_t effectVibratoDepth = 0;
+    uint8_t effectVibratoPos = 0;
+    // The note nearest to the pitch the effects make (the note itself without them).
+    uint8_t soundingNote = 255;
+
+private:
+    // The period of the note with its detune, slide and arpeggio, before vibrato.
+    int EffectivePeriod() const;
 };
 
 }  // namespace sondrel

@@ -68,6 +68,17 @@ inline std::unique_ptr<Module> LoadDemo() {
     return module;
 }
 
+// The demo song as it was before its last pattern showed the channel
+// effects: what a module without them sounds and exports like.
+inline std::unique_ptr<Module> LoadDemoWithoutEffects() {
+    auto module = LoadDemo();
+    if (!module) return nullptr;
+    const uint8_t effects = module->patternList[module->patternListLength - 1];
+    module->patterns[effects].used = 0;
+    module->patternList[--module->patternListLength] = 0;
+    return module;
+}
+
 // Calls visit(n, line) for the n-th line the pattern list plays, in order; returns how many there are.
 inline long ForEachSongLine(const Module& m, const std::function<void(long, const PatternLine&)>& visit = {}) {
     long n = 0;

@@ -146,6 +146,16 @@ std::vector<uint8_t> ChannelTrack(const MidiExportOptions& options, SongStepper&
                 delta = 0;
                 noteOn = true;
             }
+        } else if (noteOn && channel < kToneChannels && frame.sounding) {
+            // An arpeggio step or a slide past the middle between two notes:
+            // the nearest note takes over.
+            const uint8_t now = stepper.MidiNote(channel);
+            if (now != lastNote) {
+                noteOff(delta, lastNote);
+                track.Event(0, 0x90 | c, {now, kVelocity});
+                lastNote = now;
+                delta = 0;
+            }
         }
         if (!frame.sounding && noteOn) {
             noteOff(delta, lastNote);
