@@ -1,8 +1,9 @@
 // Whole-song render speed against libgme playing our VGM export of the same
-// song, and for each member of the chip family against the Sega chip. Both
-// sides are timed in the same iterations, alternating, on this thread's CPU
-// clock; "vs_libgme" is our speed over libgme's, "vs_sega" the chip's over
-// the Sega chip's.
+// song, for each member of the chip family against the Sega chip, and with
+// effects on every line against the plain song. Both sides are timed in the
+// same iterations, alternating, on this thread's CPU clock; "vs_libgme" is
+// our speed over libgme's, "vs_sega" the chip's over the Sega chip's,
+// "vs_plain" the busy song's over the plain one's.
 
 #include <benchmark/benchmark.h>
 
@@ -105,6 +106,43 @@ BENCHMARK(BM_RenderLongSongPerChip)
     ->UseManualTime()
     ->Unit(benchmark::kMillisecond)
     ->MinTime(1.0);
+
+// The long song with an effect on every channel of every line: vibrato on
+// the lead, the bass sliding up and down by turns, chords on the arpeggio
+// channel and the drums retriggered.
+void AddEffectsEverywhere(Module& module) {
+    for (Pattern& pattern : module.patterns) {
+        if (!pattern.used) continue;
+        for (int line = 0; line < pattern.length; ++line) {
+            PatternLine& cells = pattern.lines[line];
+            const uint8_t effects[kChannels] = {kEffectVibrato, line % 2 ? kEffectSlideDown : kEffectSlideUp,
+                                                kEffectArpeggio, kEffectRetrigger};
+            const uint8_t params[kChannels] = {0x24, 1, 0x47, 3};
+            for (int c = 0; c < kChannels; ++c) {
+                cells.channelCommand[c] = effects[c];
+                cells.channelParam[c] = params[c];
+            }
+        }
+    }
+}
+
+void BM_RenderLongSongWithEffects(benchmark::State& state) {
+    auto plain = LongSong();
+    auto busy = LongSong();
+    if (!plain || !busy) {
+        state.SkipWithError("demo.sdrltk not found beside the executable or in data/");
+        return;
+    }
+    AddEffectsEverywhere(*busy);
+    const uint64_t frames = RenderOurs(*busy);
+    const auto [ours, theirs] = TimeSideBySide(
+        state, [&] { benchmark::DoNotOptimize(RenderOurs(*busy)); },
+        [&] { return benchmark::DoNotOptimize(RenderOurs(*plain)), true; }, "");
+    const double audio = static_cast<double>(frames) / kOutputRate * static_cast<double>(state.iterations());
+    state.counters["realtime_x"] = audio / ours;
+    state.counters["vs_plain"] = theirs / ours;
+}
+BENCHMARK(BM_RenderLongSongWithEffects)->UseManualTime()->Unit(benchmark::kMillisecond)->MinTime(1.0);
 
 #ifdef SONDREL_HAVE_GME
 

@@ -54,7 +54,11 @@ void Voice::Start(const Instrument& inst, uint8_t index, uint8_t noteVolume, uin
     active = 1;
     started = 0;
     slide = 0;
-    soundingNote = noteValue;
+    effectPeriod = 0;
+}
+
+uint8_t Voice::SoundingNote() const {
+    return effectPeriod != 0 ? PeriodToNote(effectPeriod - detune).note : note;
 }
 
 bool Voice::Restart() {
@@ -106,10 +110,10 @@ void Voice::Update(SoundChip& chip, int channel, uint8_t pitchOffset) {
         if (channel < kToneChannels) {
             basePeriod = static_cast<uint16_t>(TonePeriod(note) + detune);
             uint16_t period = basePeriod;
-            soundingNote = note;
+            effectPeriod = 0;
             if ((arpeggio | slide) != 0 && SlidesOn(note)) {
                 period = static_cast<uint16_t>(EffectivePeriod());
-                soundingNote = PeriodToNote(period - detune).note;
+                effectPeriod = period;
             }
             const auto vibrato = static_cast<uint8_t>(
                 effectVibrato ? VibratoTable::Get().At(0, effectVibratoDepth, effectVibratoPos)

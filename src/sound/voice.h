@@ -73,8 +73,12 @@ public:
     uint8_t effectVibrato = 0;  // the effect's vibrato replaces the instrument's, this tick
     uint8_t effectVibratoDepth = 0;
     uint8_t effectVibratoPos = 0;
+    // The period the effects made of the note in the last update, before
+    // vibrato; 0 when they left the note's own.
+    uint16_t effectPeriod = 0;
+
     // The note nearest to the pitch the effects make (the note itself without them).
-    uint8_t soundingNote = 255;
+    uint8_t SoundingNote() const;
 
 private:
     // The period of the note with its detune, slide and arpeggio, before vibrato.

@@ -29,7 +29,7 @@ ChannelFrame SongStepper::Channel(int channel) const {
 uint8_t SongStepper::MidiNote(int channel) const {
     // Tone notes are numbered as MIDI notes; the 2x divider drops every tone an octave.
     // The note nearest to what the effects make of it (arpeggio steps, slides).
-    const uint8_t note = player_->GetVoice(channel).soundingNote;
+    const uint8_t note = player_->GetVoice(channel).SoundingNote();
     return module_.frequencyDivider == kDivider2x ? static_cast<uint8_t>(note - 12) : note;
 }
 
