@@ -12,7 +12,6 @@ namespace {
 
 constexpr int kColumnsPerChannel = 3;
 constexpr int kCommandColumn = kGridLastColumn;
-constexpr uint16_t kScanA = 0x1E;  // plays no note, so the piano's table leaves it out
 
 // How a value is typed: its base, how many digits the grid shows of it and
 // the largest number that may be typed.

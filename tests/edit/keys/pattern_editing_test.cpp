@@ -14,7 +14,6 @@ namespace {
 
 constexpr uint16_t kShift = 1;
 constexpr uint16_t kCtrl = 4;
-constexpr uint16_t kScanA = 0x1E;  // plays no note
 
 class PatternEditingTest : public test::EditTest {
 protected:
@@ -192,7 +191,7 @@ TEST_F(PatternEditingTest, CommandKeysAndStepsOverAFrame) {
                                                  {5, kScanB, kChannelCommandVO, 6},
                                                  {12, kScanD, kCommandSP, 8},
                                                  {12, kScanY, kCommandST, 255},
-                                                 {8, kScanD, -1, -1},
+                                                 {8, kScanY, -1, -1},
                                                  {12, kScanB, -1, -1}}) {
         Line(0) = PatternLine{};
         const uint32_t head = undo.Head();
@@ -228,6 +227,69 @@ TEST_F(PatternEditingTest, CommandKeysAndStepsOverAFrame) {
     ASSERT_TRUE(undo.Undo(undoView));
     ASSERT_TRUE(undo.Undo(undoView));
     EXPECT_TRUE(*module == *before);
+}
+
+// The effect letters in a channel-command field with the cursor alone: each
+// sets its effect and starting parameter over what the cell held, as one
+// undo step. Elsewhere, over a frame or while the song plays they keep
+// their other meanings.
+TEST_F(PatternEditingTest, EffectLettersSetEffectsInAChannelCommandField) {
+    struct EffectKey {
+        uint16_t scanCode;
+        uint8_t command, param;
+    };
+    const EffectKey keys[] = {
+        {kScanA, kEffectArpeggio, 0x47}, {kScanU, kEffectSlideUp, 2},        {kScanD, kEffectSlideDown, 2},
+        {kScanG, kEffectGlide, 4},       {kScanV, kEffectVibrato, 0x46},     {kScanS, kEffectVolumeSlide, 0x01},
+        {kScanC, kEffectNoteCut, 3},     {kScanL, kEffectNoteDelay, 3},      {kScanR, kEffectRetrigger, 3},
+    };
+    Fill(64);
+    int channel = 0;
+    for (const EffectKey& k : keys) {
+        SCOPED_TRACE(testing::Message() << "key " << k.scanCode << " channel " << channel);
+        Select(3 * channel + 2, 9, 1, 1);
+        const auto before = Snapshot();
+        const uint32_t head = undo.Head();
+        EXPECT_TRUE(Key(k.scanCode));
+        EXPECT_EQ(Line(9).channelCommand[channel], k.command);
+        EXPECT_EQ(Line(9).channelParam[channel], k.param);
+        EXPECT_EQ(undo.Head(), head + 1);
+        EXPECT_EQ(State().cursorLine, 9);
+        auto after = Snapshot();
+        after->patterns[0].lines[9].channelCommand[channel] = before->patterns[0].lines[9].channelCommand[channel];
+        after->patterns[0].lines[9].channelParam[channel] = before->patterns[0].lines[9].channelParam[channel];
+        EXPECT_TRUE(*after == *before) << "only the one cell changes";
+        ExpectUndoAndRedo(*before, *Snapshot());
+        channel = (channel + 1) % kChannels;
+    }
+
+    // The volume field and the command column take none of them.
+    const auto before = Snapshot();
+    const uint32_t head = undo.Head();
+    for (const int column : {4, kGridLastColumn}) {
+        Select(column, 20, 1, 1);
+        for (const uint16_t key : {kScanA, kScanU, kScanG, kScanS, kScanC, kScanL, kScanR}) Key(key);
+    }
+    EXPECT_TRUE(*module == *before);
+    EXPECT_EQ(undo.Head(), head);
+
+    // Over a frame V steps the volumes, and A does nothing.
+    Select(4, 20, 2, 2);
+    Key(kScanV);
+    Key(kScanA);
+    EXPECT_EQ(Line(20).volume[1], (before->patterns[0].lines[20].volume[1] + 1) % 16);
+    EXPECT_EQ(Line(21).channelCommand, before->patterns[0].lines[21].channelCommand);
+    EXPECT_EQ(undo.Head(), head + 1);
+
+    // While the song plays the letters are piano keys on any field.
+    Select(5, 30, 1, 1);
+    view.Settings().octave = 4;
+    song.Start(40, 0, false);
+    Key(kScanC);
+    EXPECT_EQ(Line(40).note[1], 48 + 4);
+    EXPECT_EQ(Line(40).channelCommand[1], before->patterns[0].lines[40].channelCommand[1]);
+    EXPECT_EQ(Line(30), before->patterns[0].lines[30]);
+    song.Stop();
 }
 
 TEST_F(PatternEditingTest, ReturnAndBackspaceMoveWholeChannelsOrOnlyTheFramedCells) {
