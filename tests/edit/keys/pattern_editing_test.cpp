@@ -142,7 +142,17 @@ TEST_F(PatternEditingTest, StepKeysOnOneCellLimitOrWrapByKind) {
         // VO wraps within 0..15; other values step by 16 and 256 in 8 bits.
         {5, kScanE, 0, false, kChannelCommandVO, 15, 0}, {5, kScanW, kShift, false, kChannelCommandVO, 5, 11},
         {8, kScanW, 0, false, kChannelCommandNone, 250, 10}, {8, kScanQ, 0, false, kChannelCommandNone, 7, 7},
-        {11, kScanE, kShift, false, kChannelCommandNone, 0, 255},
+        {11, kScanE, kShift, false, kChannelCommandNone, 0, 255}, {11, kScanW, 0, false, 12, 250, 10},
+        {2, kScanE, kShift, false, 15, 0, 255},
+        // AR, VI and VS step their two hex digits apart, as ST does; Q does nothing.
+        {2, kScanE, 0, false, kEffectArpeggio, 0x4F, 0x40}, {5, kScanE, kShift, false, kEffectVibrato, 0x40, 0x4F},
+        {8, kScanW, 0, false, kEffectVolumeSlide, 0xF1, 0x01}, {11, kScanW, kShift, false, kEffectArpeggio, 0x07, 0xF7},
+        {2, kScanQ, 0, false, kEffectVibrato, 0x46, 0x46},
+        // The decimal effects step by 1 and 10 within 0..99; Q does nothing.
+        {2, kScanE, 0, false, kEffectSlideUp, 98, 99}, {5, kScanE, 0, false, kEffectSlideDown, 99, 99},
+        {8, kScanW, 0, false, kEffectGlide, 95, 99}, {11, kScanW, kShift, false, kEffectNoteCut, 4, 0},
+        {2, kScanE, kShift, false, kEffectNoteDelay, 0, 0}, {5, kScanQ, 0, false, kEffectRetrigger, 3, 3},
+        {8, kScanW, 0, false, kEffectRetrigger, 40, 50}, {11, kScanE, kShift, false, kEffectSlideUp, 200, 99},
         // SP: limited to 8..255 with steps 1, 8 and 80.
         {12, kScanE, kShift, false, kCommandSP, 8, 8}, {12, kScanW, 0, false, kCommandSP, 16, 24},
         {12, kScanQ, 0, false, kCommandSP, 200, 255}, {12, kScanQ, kShift, false, kCommandSP, 50, 8},
