@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "edit/keys/note_keys.h"
+#include "edit/keys/value_steps.h"
 #include "model/notes.h"
 #include "screens/pattern_view/pattern_view.h"
 
@@ -12,7 +13,6 @@ namespace {
 
 constexpr int kColumnsPerChannel = 3;
 constexpr int kCommandColumn = kGridLastColumn;
-constexpr uint16_t kScanA = 0x1E;  // plays no note, so the piano's table leaves it out
 
 // How a value is typed: its base, how many digits the grid shows of it and
 // the largest number that may be typed.
@@ -25,7 +25,9 @@ struct Typing {
 Typing TypingOf(TypedValue value) {
     switch (value) {
     case TypedValue::Speed: return {10, 3, 319};  // "31.9", the speed 255
-    case TypedValue::Stereo: return {16, 2, 255};
+    case TypedValue::Stereo:
+    case TypedValue::EffectHex: return {16, 2, 255};
+    case TypedValue::EffectDecimal: return {10, 2, kLargestDecimalParam};
     default: return {10, 2, 15};
     }
 }
@@ -49,15 +51,21 @@ std::optional<int> DecimalDigit(uint16_t scanCode) {
     }
 }
 
-// A hexadecimal digit: 0..9, the letters that mean nothing else in the
-// command column (A, B, C, F), and Shift with 0..5 for A..F.
-std::optional<int> HexDigit(uint16_t scanCode, bool shift) {
+// Which letters type hexadecimal digits: those that mean nothing else where
+// the value is typed. In the command column A, B, C and F; in a
+// channel-command field only F, as A, B and C set channel commands there.
+enum class HexLetters : uint8_t { CommandColumn, ChannelCommandField };
+
+// A hexadecimal digit: 0..9, the letters that type themselves, and Shift
+// with 0..5 for A..F.
+std::optional<int> HexDigit(uint16_t scanCode, bool shift, HexLetters letters) {
     if (const auto digit = DecimalDigit(scanCode)) {
         if (!shift) return digit;
         if (*digit <= 5) return 10 + *digit;
         return std::nullopt;
     }
     if (shift) return std::nullopt;
+    if (letters == HexLetters::ChannelCommandField) return scanCode == kScanF ? std::optional<int>(15) : std::nullopt;
     switch (scanCode) {
     case kScanA: return 10;
     case kScanB: return 11;
@@ -96,7 +104,7 @@ std::optional<DigitKey> DigitKeyAt(const PatternLine& line, int column, uint16_t
     if (column == kCommandColumn) {
         if (line.command == kCommandSP && !shift) return decimal(TypedValue::Speed);
         if (line.command != kCommandST) return std::nullopt;
-        const auto digit = HexDigit(scanCode, shift);
+        const auto digit = HexDigit(scanCode, shift, HexLetters::CommandColumn);
         if (!digit) return std::nullopt;
         return DigitKey{TypedValue::Stereo, *digit};
     }
@@ -106,8 +114,15 @@ std::optional<DigitKey> DigitKeyAt(const PatternLine& line, int column, uint16_t
         return decimal(shift ? TypedValue::Instrument : TypedValue::Volume);
     case 2: {
         const uint8_t command = line.channelCommand[channel];
-        if (shift || (command != kChannelCommandPV && command != kChannelCommandVO)) return std::nullopt;
-        return decimal(TypedValue::ChannelParam);
+        if (command == kChannelCommandNone || command > kLastChannelCommand) return std::nullopt;
+        if (ChannelParamIsHex(command)) {
+            const auto digit = HexDigit(scanCode, shift, HexLetters::ChannelCommandField);
+            if (!digit) return std::nullopt;
+            return DigitKey{TypedValue::EffectHex, *digit};
+        }
+        if (shift) return std::nullopt;
+        const bool own = command == kChannelCommandPV || command == kChannelCommandVO;
+        return decimal(own ? TypedValue::ChannelParam : TypedValue::EffectDecimal);
     }
     default: return std::nullopt;  // the note column keeps the piano
     }
@@ -121,7 +136,8 @@ bool KeepsNumberGoing(uint16_t scanCode, uint16_t modifiers) {
         return true;
     default: break;
     }
-    return (modifiers & kCtrlKeys) == 0 && HexDigit(scanCode, (modifiers & kShiftKeys) != 0).has_value();
+    const bool shift = (modifiers & kShiftKeys) != 0;
+    return (modifiers & kCtrlKeys) == 0 && HexDigit(scanCode, shift, HexLetters::CommandColumn).has_value();
 }
 
 uint8_t& TypedByte(PatternLine& line, int column, TypedValue value) {
@@ -129,7 +145,9 @@ uint8_t& TypedByte(PatternLine& line, int column, TypedValue value) {
     switch (value) {
     case TypedValue::Volume: return line.volume[channel];
     case TypedValue::Instrument: return line.instrument[channel];
-    case TypedValue::ChannelParam: return line.channelParam[channel];
+    case TypedValue::ChannelParam:
+    case TypedValue::EffectDecimal:
+    case TypedValue::EffectHex: return line.channelParam[channel];
     default: return line.commandParam;
     }
 }

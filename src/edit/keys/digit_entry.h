@@ -4,12 +4,16 @@
 // calculator that takes the digits typed one after another into that value.
 //
 // The instrument/volume field takes the volume from the digits and the
-// instrument from Shift with the digits; a "PV" or "VO" channel command its
-// parameter; the "SP" command its speed as the grid shows it, in ticks and
-// tenths ("1", "2", "5" for 12.5); the "ST" command its value in hexadecimal,
-// with A, B, C and F typed as themselves and, since D and E have meanings
-// of their own there, every one of A to F also as Shift with 0 to 5. A field
-// that shows no value (no note, no command) takes no digits.
+// instrument from Shift with the digits; a channel command its parameter,
+// in decimal for "PV", "VO" and the effects that count (slides, glide, cut,
+// delay, retrigger), in hexadecimal for AR, VI and VS, with F typed as
+// itself and every one of A to F as Shift with 0 to 5 (A, B, C, D and E set
+// or step commands there); the "SP" command its speed as the grid shows it,
+// in ticks and tenths ("1", "2", "5" for 12.5); the "ST" command its value
+// in hexadecimal, with A, B, C and F typed as themselves and, since D and E
+// have meanings of their own there, every one of A to F also as Shift with
+// 0 to 5. A field that shows no value (no note, no command, a command of no
+// meaning) takes no digits.
 //
 // A digit shifts into the number typed so far from the right, like a
 // calculator: the digits on the left that the field doesn't show, or that
@@ -26,7 +30,9 @@
 
 namespace sondrel {
 
-enum class TypedValue : uint8_t { Volume, Instrument, ChannelParam, Speed, Stereo };
+// ChannelParam is the parameter of "PV" and "VO" (0..15); EffectDecimal and
+// EffectHex those of the effects with a decimal (0..99) or hexadecimal one.
+enum class TypedValue : uint8_t { Volume, Instrument, ChannelParam, Speed, Stereo, EffectDecimal, EffectHex };
 
 struct DigitKey {
     TypedValue value = TypedValue::Volume;

@@ -17,7 +17,7 @@ enum ScanCode : uint16_t {
     kScanEquals = 0x0D, kScanBackspace = 0x0E,
     kScanQ = 0x10, kScanW = 0x11, kScanE = 0x12, kScanR = 0x13, kScanT = 0x14, kScanY = 0x15, kScanU = 0x16,
     kScanI = 0x17, kScanO = 0x18, kScanP = 0x19, kScanLeftBracket = 0x1A, kScanRightBracket = 0x1B,
-    kScanReturn = 0x1C,
+    kScanReturn = 0x1C, kScanA = 0x1E,  // A plays no note
     kScanS = 0x1F, kScanD = 0x20, kScanF = 0x21, kScanG = 0x22, kScanH = 0x23, kScanJ = 0x24, kScanL = 0x26,
     kScanSemicolon = 0x27, kScanBackslash = 0x2B,
     kScanZ = 0x2C, kScanX = 0x2D, kScanC = 0x2E, kScanV = 0x2F, kScanB = 0x30, kScanN = 0x31, kScanM = 0x32,

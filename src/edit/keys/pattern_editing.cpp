@@ -61,23 +61,46 @@ bool StepKey(EditorContext& context, const SelectionFrame& frame, uint16_t scanC
     }
 }
 
-// [ and B set a channel command, D and Y a line command, at the cursor's cell.
+// The channel command a key sets in a channel-command field, with the
+// parameter it starts from ("VO" takes the current volume instead).
+struct ChannelCommandKey {
+    uint16_t scanCode;
+    uint8_t command;
+    uint8_t param;
+};
+constexpr ChannelCommandKey kChannelCommandKeys[] = {
+    {kScanLeftBracket, kChannelCommandPV, 0},
+    {kScanB, kChannelCommandVO, 0},
+    {kScanA, kEffectArpeggio, 0x47},  // a major chord: up 4 and 7 semitones
+    {kScanU, kEffectSlideUp, 2},
+    {kScanD, kEffectSlideDown, 2},
+    {kScanG, kEffectGlide, 4},
+    {kScanV, kEffectVibrato, 0x46},
+    {kScanS, kEffectVolumeSlide, 0x01},  // down a volume step a tick
+    {kScanC, kEffectNoteCut, 3},
+    {kScanL, kEffectNoteDelay, 3},
+    {kScanR, kEffectRetrigger, 3},
+};
+
+// In a channel-command field [, B and the effect letters set a channel
+// command; in the command column D and Y set a line command.
 bool SetCommandKey(EditorContext& context, int column, int line, uint16_t scanCode) {
-    const bool channelField = column < kGridLastColumn;
-    const int channel = column / 3;
-    const uint8_t volume = context.view.Settings().defaultVolume;
     auto set = [&](auto write) {
         ChangeFrameLines(context, {column, line, 1, 1}, [&](Pattern& pattern) { write(pattern.lines[line]); });
         return true;
     };
-    if (channelField && scanCode == kScanLeftBracket)
-        return set([&](PatternLine& l) { l.channelCommand[channel] = kChannelCommandPV, l.channelParam[channel] = 0; });
-    if (channelField && scanCode == kScanB)
-        return set([&](PatternLine& l) { l.channelCommand[channel] = kChannelCommandVO, l.channelParam[channel] = volume; });
-    if (!channelField && scanCode == kScanD)
-        return set([&](PatternLine& l) { l.command = kCommandSP, l.commandParam = 8; });
-    if (!channelField && scanCode == kScanY)
-        return set([&](PatternLine& l) { l.command = kCommandST, l.commandParam = 255; });
+    if (column < kGridLastColumn) {
+        const int channel = column / 3;
+        const uint8_t volume = context.view.Settings().defaultVolume;
+        for (const ChannelCommandKey& key : kChannelCommandKeys) {
+            if (key.scanCode != scanCode) continue;
+            const uint8_t param = key.command == kChannelCommandVO ? volume : key.param;
+            return set([&](PatternLine& l) { l.channelCommand[channel] = key.command, l.channelParam[channel] = param; });
+        }
+        return false;
+    }
+    if (scanCode == kScanD) return set([&](PatternLine& l) { l.command = kCommandSP, l.commandParam = 8; });
+    if (scanCode == kScanY) return set([&](PatternLine& l) { l.command = kCommandST, l.commandParam = 255; });
     return false;
 }
 

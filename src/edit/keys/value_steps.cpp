@@ -33,27 +33,33 @@ void ForEachVolumeField(Pattern& pattern, const SelectionFrame& frame, Visit vis
             if (column < kGridLastColumn && column % 3 == 1) visit(pattern.lines[y], column / 3);
 }
 
+// The two hexadecimal digits of a value step apart, each wrapping within
+// itself: the small step moves the low digit, the middle one the high digit,
+// the large one neither.
+uint8_t StepHexDigits(uint8_t param, StepSize size, bool down) {
+    const int sum = param + Delta(StepOf(size, 16, 256), down);
+    if (size == StepSize::One) return static_cast<uint8_t>((param & 0xF0) | (sum & 0x0F));
+    if (size == StepSize::Middle) return static_cast<uint8_t>((param & 0x0F) | (sum & 0xF0));
+    return param;
+}
+
 }  // namespace
 
 uint8_t StepChannelParam(uint8_t channelCommand, uint8_t param, StepSize size, bool down) {
-    const bool own = channelCommand == kChannelCommandPV || channelCommand == kChannelCommandVO;
-    const int sum = param + Delta(StepOf(size, own ? 10 : 16, own ? 0 : 256), down);
+    if (ChannelParamIsHex(channelCommand)) return StepHexDigits(param, size, down);
+    const bool decimal = channelCommand != kChannelCommandNone && channelCommand <= kLastChannelCommand;
+    const int sum = param + Delta(StepOf(size, decimal ? 10 : 16, decimal ? 0 : 256), down);
     if (channelCommand == kChannelCommandPV) return static_cast<uint8_t>(std::clamp(sum, 0, 15));
     if (channelCommand == kChannelCommandVO) return static_cast<uint8_t>(sum & 15);
+    if (decimal) return static_cast<uint8_t>(std::clamp(sum, 0, kLargestDecimalParam));
     return static_cast<uint8_t>(sum);
 }
 
 uint8_t StepCommandParam(uint8_t command, uint8_t param, StepSize size, bool down) {
     if (command == kCommandSP)
         return static_cast<uint8_t>(std::clamp(param + Delta(StepOf(size, 8, 80), down), 8, 255));
-    const int sum = param + Delta(StepOf(size, 16, 256), down);
-    if (command == kCommandST) {
-        // The two halves of the stereo value step apart, each wrapping within itself.
-        if (size == StepSize::One) return static_cast<uint8_t>((param & 0xF0) | (sum & 0x0F));
-        if (size == StepSize::Middle) return static_cast<uint8_t>((param & 0x0F) | (sum & 0xF0));
-        return param;
-    }
-    return static_cast<uint8_t>(sum);
+    if (command == kCommandST) return StepHexDigits(param, size, down);
+    return static_cast<uint8_t>(param + Delta(StepOf(size, 16, 256), down));
 }
 
 void StepVolumes(Pattern& pattern, const SelectionFrame& frame, bool down, bool wrap) {

@@ -13,6 +13,14 @@ namespace sondrel {
 // E steps by one, W by the middle step, Q by the large step; Shift steps down.
 enum class StepSize : uint8_t { One = 0, Middle = 1, Large = 2 };
 
+// The largest decimal parameter of an effect that keys step or type to (two
+// digits on the grid); "PV" and "VO" keep to 0..15.
+constexpr int kLargestDecimalParam = 99;
+
+// "PV" is limited to 0..15 and "VO" wraps there, stepped by 1 and 10; the
+// decimal effects are limited to 0..99, stepped the same way; the hex effects
+// (like "ST" in the command column) step their two digits apart, wrapping
+// each within itself. The large step changes none of these.
 uint8_t StepChannelParam(uint8_t channelCommand, uint8_t param, StepSize size, bool down);
 uint8_t StepCommandParam(uint8_t command, uint8_t param, StepSize size, bool down);
 

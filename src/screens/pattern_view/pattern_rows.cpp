@@ -16,6 +16,13 @@ static_assert(kRowTemplate.size() == kRowTextLength);
 
 char Digit(int value) { return static_cast<char>('0' + value % 10); }
 
+// Two upper-case hexadecimal digits.
+void PutHex(std::string& text, int at, int value) {
+    constexpr char kHexDigits[] = "0123456789ABCDEF";
+    text[at] = kHexDigits[(value >> 4) & 15];
+    text[at + 1] = kHexDigits[value & 15];
+}
+
 // Two characters: the tens digit or a blank, then the units digit.
 void PutTwoDigits(std::string& text, int at, int value) {
     text[at] = value >= 10 ? Digit(value / 10) : ' ';
@@ -51,7 +58,6 @@ void PutSpeed(std::string& text, int at, int speed) {
 }
 
 void PutCommand(std::string& text, const PatternLine& cells) {
-    constexpr char kHex[] = "0123456789ABCDEF";
     switch (cells.command) {
         case kCommandNone:
             Put(text, kCommandField, "      ");
@@ -62,8 +68,7 @@ void PutCommand(std::string& text, const PatternLine& cells) {
             break;
         case kCommandST:
             Put(text, kCommandField, "ST  ");
-            text[kCommandField + 4] = kHex[cells.commandParam >> 4];
-            text[kCommandField + 5] = kHex[cells.commandParam & 15];
+            PutHex(text, kCommandField + 4, cells.commandParam);
             break;
         default:
             Put(text, kCommandField, "??    ");
@@ -102,21 +107,25 @@ void PutChannel(RowText& row, const PatternLine& cells, int channel) {
     }
 
     const uint8_t command = cells.channelCommand[channel];
-    Put(text, base + kChannelCommandField,
-        command == kChannelCommandNone ? "--" : command == kChannelCommandPV ? "PV" : command == kChannelCommandVO ? "VO" : "??");
+    const uint8_t param = cells.channelParam[channel];
+    Put(text, base + kChannelCommandField, ChannelCommandText(command));
     if (command == kChannelCommandNone) {
         Put(text, base + kChannelParamField, "---");
+    } else if (ChannelParamIsHex(command)) {
+        text[base + kChannelParamField] = ' ';
+        PutHex(text, base + kChannelParamField + 1, param);
     } else {
         text[base + kChannelParamField] = ' ';
-        PutTwoDigits(text, base + kChannelParamField + 1, cells.channelParam[channel]);
+        PutTwoDigits(text, base + kChannelParamField + 1, param);
     }
 
     // Note, detune, instrument and volume fields; then the channel command
-    // field, which only the noise channel dims (it ignores "PV").
+    // field, which only the noise channel dims, for the commands it ignores
+    // ("PV" and the effects on pitch: the noise has none of its own).
     if (NoteDimmed(note, channel)) {
         for (int i = base + kNoteField; i < base + kChannelCommandField - 1; ++i) row.colours[i] = kRowDimmed;
     }
-    if (channel == kNoiseChannel && command == kChannelCommandPV) {
+    if (channel == kNoiseChannel && !ChannelCommandActsOnNoise(command)) {
         for (int i = base + kChannelCommandField; i < base + kChannelParamField + 3; ++i) row.colours[i] = kRowDimmed;
     }
 }

@@ -13,7 +13,6 @@ namespace {
 
 constexpr uint16_t kShift = 1;
 constexpr uint16_t kCtrl = 4;
-constexpr uint16_t kScanA = 0x1E;
 constexpr uint16_t kScan1 = 0x02;
 constexpr uint16_t kScan4 = 0x05;
 constexpr uint16_t kScan8 = 0x09;
@@ -65,6 +64,43 @@ TEST_F(DigitTypingTest, DigitsTypeEachFieldInItsBaseWithinItsBounds) {
     EXPECT_EQ(Line(4).command, kCommandSP);
 }
 
+// A channel command's parameter by its kind: PV and VO up to 15, the
+// counting effects up to 99, AR, VI and VS in hexadecimal with F and
+// Shift+0..5 for the letters; A, B and C set their commands instead.
+TEST_F(DigitTypingTest, ChannelCommandsTakeDigitsByKind) {
+    struct Case {
+        uint8_t command;
+        std::vector<uint16_t> keys;
+        uint16_t modifiers;
+        uint8_t commandAfter, paramAfter;
+    };
+    const Case cases[] = {
+        {kChannelCommandPV, {kScan1, kScan6}, 0, kChannelCommandPV, 6},
+        {kChannelCommandVO, {kScan1, kScan5}, 0, kChannelCommandVO, 15},
+        {kEffectSlideUp, {kScan1, kScan2}, 0, kEffectSlideUp, 12},
+        {kEffectSlideDown, {kScan9, kScan9}, 0, kEffectSlideDown, 99},
+        {kEffectNoteCut, {kScan1, kScan2, kScan3}, 0, kEffectNoteCut, 23},
+        {kEffectRetrigger, {0x4C}, 0, kEffectRetrigger, 5},  // the keypad's 5
+        {kEffectGlide, {kScan1}, kShift, kEffectGlide, 0},
+        {kEffectArpeggio, {kScan3, kScanF}, 0, kEffectArpeggio, 0x3F},
+        {kEffectVibrato, {kScan1, kScan2}, kShift, kEffectVibrato, 0xBC},
+        {kEffectVolumeSlide, {kScan1, kScan2, kScan3}, 0, kEffectVolumeSlide, 0x23},
+        {kEffectVibrato, {kScanA}, 0, kEffectArpeggio, 0x47},
+        {kEffectArpeggio, {kScanC}, 0, kEffectNoteCut, 3},
+        {kEffectVolumeSlide, {kScanB}, 0, kChannelCommandVO, 9},
+        {12, {kScan4}, 0, 12, 0},
+    };
+    view.Settings().defaultVolume = 9;
+    for (const Case& c : cases) {
+        SCOPED_TRACE(testing::Message() << "command " << int(c.command) << " first key " << c.keys[0]);
+        Line(4).channelCommand[1] = c.command;
+        Line(4).channelParam[1] = 0;
+        typing.Forget();
+        EXPECT_EQ(Type(5, c.keys, c.modifiers), c.paramAfter);
+        EXPECT_EQ(Line(4).channelCommand[1], c.commandAfter);
+    }
+}
+
 TEST_F(DigitTypingTest, AnyValueTakesAsManyKeysAsTheFieldShowsDigitsWhateverWasTypedBefore) {
     for (int before = -1; before < 16; ++before) {
         for (int value = 0; value < 256; ++value) {
@@ -76,6 +112,10 @@ TEST_F(DigitTypingTest, AnyValueTakesAsManyKeysAsTheFieldShowsDigitsWhateverWasT
                 return stored;
             };
             EXPECT_EQ(type(TypedValue::Stereo, {value / 16, value % 16}), value) << before;
+            EXPECT_EQ(type(TypedValue::EffectHex, {value / 16, value % 16}), value) << before;
+            if (value < 100) {
+                EXPECT_EQ(type(TypedValue::EffectDecimal, {value / 10, value % 10}), value) << before;
+            }
             if (value < 16) {
                 EXPECT_EQ(type(TypedValue::Volume, {value / 10, value % 10}), value) << before;
             }

@@ -14,7 +14,6 @@ namespace {
 
 constexpr uint16_t kShift = 1;
 constexpr uint16_t kCtrl = 4;
-constexpr uint16_t kScanA = 0x1E;  // plays no note
 
 class PatternEditingTest : public test::EditTest {
 protected:
@@ -143,7 +142,17 @@ TEST_F(PatternEditingTest, StepKeysOnOneCellLimitOrWrapByKind) {
         // VO wraps within 0..15; other values step by 16 and 256 in 8 bits.
         {5, kScanE, 0, false, kChannelCommandVO, 15, 0}, {5, kScanW, kShift, false, kChannelCommandVO, 5, 11},
         {8, kScanW, 0, false, kChannelCommandNone, 250, 10}, {8, kScanQ, 0, false, kChannelCommandNone, 7, 7},
-        {11, kScanE, kShift, false, kChannelCommandNone, 0, 255},
+        {11, kScanE, kShift, false, kChannelCommandNone, 0, 255}, {11, kScanW, 0, false, 12, 250, 10},
+        {2, kScanE, kShift, false, 15, 0, 255},
+        // AR, VI and VS step their two hex digits apart, as ST does; Q does nothing.
+        {2, kScanE, 0, false, kEffectArpeggio, 0x4F, 0x40}, {5, kScanE, kShift, false, kEffectVibrato, 0x40, 0x4F},
+        {8, kScanW, 0, false, kEffectVolumeSlide, 0xF1, 0x01}, {11, kScanW, kShift, false, kEffectArpeggio, 0x07, 0xF7},
+        {2, kScanQ, 0, false, kEffectVibrato, 0x46, 0x46},
+        // The decimal effects step by 1 and 10 within 0..99; Q does nothing.
+        {2, kScanE, 0, false, kEffectSlideUp, 98, 99}, {5, kScanE, 0, false, kEffectSlideDown, 99, 99},
+        {8, kScanW, 0, false, kEffectGlide, 95, 99}, {11, kScanW, kShift, false, kEffectNoteCut, 4, 0},
+        {2, kScanE, kShift, false, kEffectNoteDelay, 0, 0}, {5, kScanQ, 0, false, kEffectRetrigger, 3, 3},
+        {8, kScanW, 0, false, kEffectRetrigger, 40, 50}, {11, kScanE, kShift, false, kEffectSlideUp, 200, 99},
         // SP: limited to 8..255 with steps 1, 8 and 80.
         {12, kScanE, kShift, false, kCommandSP, 8, 8}, {12, kScanW, 0, false, kCommandSP, 16, 24},
         {12, kScanQ, 0, false, kCommandSP, 200, 255}, {12, kScanQ, kShift, false, kCommandSP, 50, 8},
@@ -192,7 +201,7 @@ TEST_F(PatternEditingTest, CommandKeysAndStepsOverAFrame) {
                                                  {5, kScanB, kChannelCommandVO, 6},
                                                  {12, kScanD, kCommandSP, 8},
                                                  {12, kScanY, kCommandST, 255},
-                                                 {8, kScanD, -1, -1},
+                                                 {8, kScanY, -1, -1},
                                                  {12, kScanB, -1, -1}}) {
         Line(0) = PatternLine{};
         const uint32_t head = undo.Head();
@@ -228,6 +237,69 @@ TEST_F(PatternEditingTest, CommandKeysAndStepsOverAFrame) {
     ASSERT_TRUE(undo.Undo(undoView));
     ASSERT_TRUE(undo.Undo(undoView));
     EXPECT_TRUE(*module == *before);
+}
+
+// The effect letters in a channel-command field with the cursor alone: each
+// sets its effect and starting parameter over what the cell held, as one
+// undo step. Elsewhere, over a frame or while the song plays they keep
+// their other meanings.
+TEST_F(PatternEditingTest, EffectLettersSetEffectsInAChannelCommandField) {
+    struct EffectKey {
+        uint16_t scanCode;
+        uint8_t command, param;
+    };
+    const EffectKey keys[] = {
+        {kScanA, kEffectArpeggio, 0x47}, {kScanU, kEffectSlideUp, 2},        {kScanD, kEffectSlideDown, 2},
+        {kScanG, kEffectGlide, 4},       {kScanV, kEffectVibrato, 0x46},     {kScanS, kEffectVolumeSlide, 0x01},
+        {kScanC, kEffectNoteCut, 3},     {kScanL, kEffectNoteDelay, 3},      {kScanR, kEffectRetrigger, 3},
+    };
+    Fill(64);
+    int channel = 0;
+    for (const EffectKey& k : keys) {
+        SCOPED_TRACE(testing::Message() << "key " << k.scanCode << " channel " << channel);
+        Select(3 * channel + 2, 9, 1, 1);
+        const auto before = Snapshot();
+        const uint32_t head = undo.Head();
+        EXPECT_TRUE(Key(k.scanCode));
+        EXPECT_EQ(Line(9).channelCommand[channel], k.command);
+        EXPECT_EQ(Line(9).channelParam[channel], k.param);
+        EXPECT_EQ(undo.Head(), head + 1);
+        EXPECT_EQ(State().cursorLine, 9);
+        auto after = Snapshot();
+        after->patterns[0].lines[9].channelCommand[channel] = before->patterns[0].lines[9].channelCommand[channel];
+        after->patterns[0].lines[9].channelParam[channel] = before->patterns[0].lines[9].channelParam[channel];
+        EXPECT_TRUE(*after == *before) << "only the one cell changes";
+        ExpectUndoAndRedo(*before, *Snapshot());
+        channel = (channel + 1) % kChannels;
+    }
+
+    // The volume field and the command column take none of them.
+    const auto before = Snapshot();
+    const uint32_t head = undo.Head();
+    for (const int column : {4, kGridLastColumn}) {
+        Select(column, 20, 1, 1);
+        for (const uint16_t key : {kScanA, kScanU, kScanG, kScanS, kScanC, kScanL, kScanR}) Key(key);
+    }
+    EXPECT_TRUE(*module == *before);
+    EXPECT_EQ(undo.Head(), head);
+
+    // Over a frame V steps the volumes, and A does nothing.
+    Select(4, 20, 2, 2);
+    Key(kScanV);
+    Key(kScanA);
+    EXPECT_EQ(Line(20).volume[1], (before->patterns[0].lines[20].volume[1] + 1) % 16);
+    EXPECT_EQ(Line(21).channelCommand, before->patterns[0].lines[21].channelCommand);
+    EXPECT_EQ(undo.Head(), head + 1);
+
+    // While the song plays the letters are piano keys on any field.
+    Select(5, 30, 1, 1);
+    view.Settings().octave = 4;
+    song.Start(40, 0, false);
+    Key(kScanC);
+    EXPECT_EQ(Line(40).note[1], 48 + 4);
+    EXPECT_EQ(Line(40).channelCommand[1], before->patterns[0].lines[40].channelCommand[1]);
+    EXPECT_EQ(Line(30), before->patterns[0].lines[30]);
+    song.Stop();
 }
 
 TEST_F(PatternEditingTest, ReturnAndBackspaceMoveWholeChannelsOrOnlyTheFramedCells) {

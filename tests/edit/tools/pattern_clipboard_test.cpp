@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "edit/edit_test_support.h"
+#include "edit/tools/block_operations.h"
 
 namespace sondrel::test {
 namespace {
@@ -130,6 +131,48 @@ TEST_F(PatternClipboardTest, CutCopiesThenClearsAsOneEntry) {
     EXPECT_FALSE(clipboard.Copy(ctx));
     EXPECT_FALSE(clipboard.Paste(ctx, true));
     EXPECT_EQ(clipboard.Rows(), 3);
+}
+
+// Effect cells go whole through copy and paste, are cleared like any
+// channel command, come back with undo, and the transposition leaves them be.
+TEST_F(PatternClipboardTest, EffectCellsTravelWholeAsPVAndVODo) {
+    module->CreatePattern(0);
+    Line(2).note[0] = 60;
+    Line(2).channelCommand = {kEffectArpeggio, kEffectSlideUp, kEffectVibrato, kEffectRetrigger};
+    Line(2).channelParam = {0x47, 2, 0x46, 3};
+    Line(3).channelCommand = {kEffectVolumeSlide, kEffectNoteCut, kEffectNoteDelay, kEffectGlide};
+    Line(3).channelParam = {0x0F, 99, 3, 4};
+    Copy(0, 2, kGridLastColumn, 2);  // the four channels, not the command column
+    Select(0, 20, 1, 1);
+    auto before = Snapshot();
+    ASSERT_TRUE(clipboard.Paste(ctx, false));
+    EXPECT_EQ(Line(20), Line(2));
+    EXPECT_EQ(Line(21), Line(3));
+    ExpectUndoAndRedo(*before, *Snapshot());
+
+    Select(0, 20, kGridLastColumn, 2);
+    ASSERT_TRUE(TransposeSelection(ctx, kNoteUp));
+    EXPECT_EQ(Line(20).note[0], 61);
+    EXPECT_EQ(Line(20).channelCommand, Line(2).channelCommand);
+    EXPECT_EQ(Line(20).channelParam, Line(2).channelParam);
+
+    before = Snapshot();
+    Select(2, 20, 1, 2);  // channel 0's channel-command cells
+    ASSERT_TRUE(ClearSelection(ctx));
+    EXPECT_EQ(Line(20).channelCommand[0], kChannelCommandNone);
+    EXPECT_EQ(Line(21).channelCommand[0], kChannelCommandNone);
+    EXPECT_EQ(Line(20).channelParam[0], 0x47);  // only the command byte goes
+    EXPECT_EQ(Line(20).channelCommand[1], kEffectSlideUp);
+    ExpectUndoAndRedo(*before, *Snapshot());
+
+    // An effect is a full cell: an empty one pasted over it clears it only
+    // with "Paste: Delete".
+    Copy(5, 40, 1, 1);
+    Select(5, 20, 1, 1);
+    ASSERT_TRUE(clipboard.Paste(ctx, false));
+    EXPECT_EQ(Line(20).channelCommand[1], kEffectSlideUp);
+    ASSERT_TRUE(clipboard.Paste(ctx, true));
+    EXPECT_EQ(Line(20).channelCommand[1], kChannelCommandNone);
 }
 
 }  // namespace

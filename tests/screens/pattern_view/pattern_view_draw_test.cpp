@@ -110,6 +110,42 @@ TEST(PatternRowTextTest, NotesAChannelCannotPlayAreDimmed) {
     }
 }
 
+// Every channel command's text and parameter as channels 0 and 3 show them:
+// the effects that take two hex digits show them, the others a decimal
+// number like "PV" and "VO"; the noise channel dims the commands it ignores.
+TEST(PatternRowTextTest, ChannelCommandsReadByKindAndDimOnTheNoiseChannel) {
+    struct Case {
+        uint8_t command, param;
+        const char* field;  // text and parameter
+        bool dimmedOnNoise;
+    };
+    const Case cases[] = {
+        {kChannelCommandNone, 9, "-- ---", false},  {kChannelCommandPV, 5, "PV   5", true},
+        {kChannelCommandVO, 12, "VO  12", false},   {kEffectArpeggio, 0x47, "AR  47", true},
+        {kEffectSlideUp, 2, "SU   2", true},        {kEffectSlideDown, 99, "SD  99", true},
+        {kEffectGlide, 40, "GL  40", true},         {kEffectVibrato, 0xA6, "VI  A6", true},
+        {kEffectVolumeSlide, 0x0F, "VS  0F", false}, {kEffectNoteCut, 3, "NC   3", false},
+        {kEffectNoteDelay, 0, "ND   0", false},     {kEffectRetrigger, 10, "RT  10", false},
+        {12, 7, "??   7", false},                   {15, 0, "??   0", false},
+    };
+    for (const Case& c : cases) {
+        for (const int channel : {0, kNoiseChannel}) {
+            SCOPED_TRACE(testing::Message() << "command " << int(c.command) << " channel " << channel);
+            PatternLine line = EmptyLine();
+            line.channelCommand[channel] = c.command;
+            line.channelParam[channel] = c.param;
+            const RowText row = PatternRowText(line, 0);
+            const int at = kChannelBlockChars * channel + kChannelCommandField;
+            ASSERT_EQ(row.text.substr(at, 6), c.field);
+            const bool dimmed = channel == kNoiseChannel && c.dimmedOnNoise;
+            for (int i = 0; i < kRowTextLength; ++i) {
+                const bool inField = i >= at && i < at + 6;
+                EXPECT_EQ(row.colours[i] == kRowDimmed, inField && dimmed) << i;
+            }
+        }
+    }
+}
+
 TEST(PatternRowTextTest, CursorColumnsTileTheRowWithoutOverlap) {
     // Each column starts where the one before ends, except across the
     // double gap between channels, and covers its own fields' glyphs.
