@@ -16,7 +16,10 @@ uint8_t SettingOf(const MenuButton& field) {
 
 std::string VariantChoices() {
     std::string choices;
-    for (const char* name : kChipVariantNames) choices += (choices.empty() ? "" : "\n") + std::string(name);
+    for (const char* name : kChipVariantNames) {
+        if (!choices.empty()) choices += '\n';
+        choices += name;
+    }
     return choices;
 }
 
