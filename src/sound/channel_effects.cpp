@@ -26,7 +26,8 @@ void ChannelEffects::Reset() {
     for (auto& last : lastParam_) last.fill(0);
 }
 
-bool ChannelEffects::BeginLine(int channel, const PatternLine& cells, Voice& voice, const Module& module) {
+bool ChannelEffects::BeginLine(int channel, const PatternLine& cells, Voice& voice, const Instrument& instrument,
+                               uint32_t ticks) {
     Running& run = running_[channel];
     const uint8_t previous = run.command;
     const uint8_t command = cells.channelCommand[channel];
@@ -51,7 +52,7 @@ bool ChannelEffects::BeginLine(int channel, const PatternLine& cells, Voice& voi
     if (note == kNoteEmpty) return false;
     if (command == kEffectNoteDelay && param > 0) {
         const uint8_t index = cells.instrument[channel] & (kInstruments - 1);
-        run.held = {&module.instruments[index], index, cells.volume[channel], note, cells.detune[channel]};
+        run.held = {&instrument, index, cells.volume[channel], note, cells.detune[channel], ticks};
         run.holding = true;
         return true;
     }
@@ -98,7 +99,7 @@ void ChannelEffects::Tick(int channel, Voice& voice) {
     case kEffectNoteDelay:
         if (run.holding && run.tick == param) {
             const HeldNote& held = run.held;
-            voice.Start(*held.instrument, held.instrumentIndex, held.volume, held.note, held.detune, kPlayForever);
+            voice.Start(*held.instrument, held.instrumentIndex, held.volume, held.note, held.detune, held.ticks);
             run.holding = false;
         }
         break;

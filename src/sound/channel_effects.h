@@ -23,10 +23,14 @@ class ChannelEffects {
 public:
     // Playback starts: no effect runs and no parameter is remembered.
     void Reset();
+    // The channel's effect ends, and a note it held back won't start.
+    void Clear(int channel) { running_[channel] = {}; }
 
-    // A line starts on the channel, before its note would start. Returns
-    // true when the effect takes care of the note: a glide to it, or a delay.
-    bool BeginLine(int channel, const PatternLine& cells, Voice& voice, const Module& module);
+    // A line starts on the channel, before its note would start with the
+    // cell's instrument for so many ticks. Returns true when the effect takes
+    // care of the note: a glide to it, or a delay.
+    bool BeginLine(int channel, const PatternLine& cells, Voice& voice, const Instrument& instrument,
+                   uint32_t ticks = kPlayForever);
 
     // One tick of the channel's effect, before the voice's update.
     void Tick(int channel, Voice& voice);
@@ -39,6 +43,7 @@ private:
         uint8_t volume = 0;
         uint8_t note = kNoteEmpty;
         int8_t detune = 0;
+        uint32_t ticks = kPlayForever;
     };
     struct Running {
         uint8_t command = kChannelCommandNone;

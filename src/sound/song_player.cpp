@@ -49,7 +49,8 @@ void SongPlayer::Stop() {
 void SongPlayer::PlayLine() {
     const PatternLine& cells = module_->patterns[pattern_].lines[line_ & 255];
     for (int c = 0; c < kChannels; ++c) {
-        const bool effectTakesNote = effects_.BeginLine(c, cells, voices_[c], *module_);
+        const bool effectTakesNote =
+            effects_.BeginLine(c, cells, voices_[c], module_->instruments[cells.instrument[c] & (kInstruments - 1)]);
         if (cells.note[c] != 255 && !effectTakesNote) {
             const uint8_t index = cells.instrument[c] & (kInstruments - 1);
             voices_[c].Start(module_->instruments[index], index, cells.volume[c], cells.note[c],
@@ -123,17 +124,35 @@ void NotePlayer::ConfigureChip(ChipSettings settings) {
 }
 
 void NotePlayer::StartVoice(int channel, const Instrument& instrument, uint8_t volume, uint8_t note,
-                            int8_t detune, uint32_t ticks) {
-    voices_[channel & 3].Start(instrument, 0, volume, note, detune, ticks);
+                            int8_t detune, uint32_t ticks, uint8_t effect, uint8_t effectParam) {
+    const int c = channel & 3;
+    PatternLine cells;
+    cells.Clear();
+    cells.note[c] = note;
+    cells.detune[c] = detune;
+    cells.volume[c] = volume;
+    cells.channelCommand[c] = effect;
+    cells.channelParam[c] = effectParam;
+    if (!effects_.BeginLine(c, cells, voices_[c], instrument, ticks))
+        voices_[c].Start(instrument, 0, volume, note, detune, ticks);
+}
+
+void NotePlayer::StopVoice(int channel) {
+    voices_[channel & 3].Stop();
+    effects_.Clear(channel & 3);
 }
 
 void NotePlayer::StopAll() {
     for (auto& voice : voices_) voice.Stop();
+    effects_.Reset();
 }
 
 void NotePlayer::Tick() {
     chip_.BeginTick();
-    for (int c = 0; c < kChannels; ++c) voices_[c].Update(chip_, c, 0);
+    for (int c = 0; c < kChannels; ++c) {
+        effects_.Tick(c, voices_[c]);
+        voices_[c].Update(chip_, c, 0);
+    }
 }
 
 }  // namespace sondrel

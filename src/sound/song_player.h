@@ -73,9 +73,11 @@ class NotePlayer {
 public:
     void Init(ChipSettings settings);
     void ConfigureChip(ChipSettings settings);
+    // A note for so many ticks; with an effect (a channel command from 3 on)
+    // the note sounds as a line holding both would play it.
     void StartVoice(int channel, const Instrument& instrument, uint8_t volume, uint8_t note,
-                    int8_t detune, uint32_t ticks);
-    void StopVoice(int channel) { voices_[channel & 3].Stop(); }
+                    int8_t detune, uint32_t ticks, uint8_t effect = kChannelCommandNone, uint8_t effectParam = 0);
+    void StopVoice(int channel);
     void StopAll();
     void Tick();
 
@@ -84,6 +86,7 @@ public:
 
 private:
     std::array<Voice, kChannels> voices_{};
+    ChannelEffects effects_;
     SoundChip chip_;
 };
 

@@ -62,8 +62,8 @@ uint8_t Voice::SoundingNote() const {
 }
 
 bool Voice::Restart() {
-    if (instrument == nullptr) return false;
-    Start(*instrument, instrumentIndex, volume, note, detune, kPlayForever);
+    if (!active || instrument == nullptr) return false;
+    Start(*instrument, instrumentIndex, volume, note, detune, ticksLeft);
     return true;
 }
 

@@ -33,8 +33,8 @@ public:
                int8_t detune, uint32_t ticks);
     void Stop() { active = 0; }
     void SetVolume(uint8_t value) { volume = value; }
-    // The same note from its start again, envelope and all; false when the
-    // voice never had a note.
+    // The sounding note from its start again, envelope and all, for the
+    // ticks it has left; false when nothing sounds.
     bool Restart();
     // Moves the pitch by units of the tone period (negative: higher), kept
     // within the playable periods; a new note takes it back.

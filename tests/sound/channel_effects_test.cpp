@@ -193,5 +193,33 @@ TEST(ChannelEffectsTest, TheNoiseChannelTakesTheVolumeAndTimingEffectsOnly) {
     EXPECT_EQ(noiseWrites, (std::vector<int>{0, 3, 6}));
 }
 
+// The editor's preview plays a note as its line would, for the preview's
+// length only: no effect outlives it or a stop.
+TEST(ChannelEffectsTest, ThePreviewPlaysTheLinesEffectForItsOwnLengthOnly) {
+    auto notes = std::make_unique<NotePlayer>();
+    notes->Init({});
+    const Instrument plain;
+    const auto run = [&](int ticks) {
+        std::vector<int> periods, attenuations;
+        for (int t = 0; t < ticks; ++t) {
+            notes->Tick();
+            periods.push_back(notes->Chip().TonePeriod(0));
+            attenuations.push_back(notes->Chip().Attenuation(0));
+        }
+        return std::pair(periods, attenuations);
+    };
+    notes->StartVoice(0, plain, 15, 57, 0, 4, kEffectArpeggio, 0x47);
+    auto [periods, attenuations] = run(6);
+    EXPECT_EQ(std::vector<int>(periods.begin(), periods.begin() + 4), Tones({57, 61, 64, 57}));
+    EXPECT_EQ(attenuations, (std::vector<int>{0, 0, 0, 0, 15, 15}));
+
+    notes->StartVoice(0, plain, 15, 57, 0, 4, kEffectRetrigger, 1);  // restarts, but only while it lasts
+    EXPECT_EQ(run(6).second, (std::vector<int>{0, 0, 0, 0, 15, 15}));
+
+    notes->StartVoice(0, plain, 15, 57, 0, 60, kEffectNoteDelay, 2);
+    notes->StopVoice(0);  // the held note never comes
+    EXPECT_EQ(run(4).second, (std::vector<int>{15, 15, 15, 15}));
+}
+
 }  // namespace
 }  // namespace sondrel

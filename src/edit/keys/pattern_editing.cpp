@@ -203,10 +203,13 @@ void SpaceKey(EditorContext& context, bool shift) {
     context.view.Invalidate(kRedrawCursor);
 }
 
-void PreviewNote(EditorContext& context, int channel, uint8_t note) {
+void PreviewNote(EditorContext& context, int channel, uint8_t note, const PatternLine* line) {
     const EditSettings& settings = context.view.Settings();
+    const uint8_t effect = line ? line->channelCommand[channel] : uint8_t{kChannelCommandNone};
+    const uint8_t param = line ? line->channelParam[channel] : 0;
     context.notes.StartVoice(channel, context.module.instruments[settings.currentInstrument % kInstruments],
-                             settings.defaultVolume, note, 0, static_cast<uint32_t>(context.module.TicksPerSecond()));
+                             settings.defaultVolume, note, 0, static_cast<uint32_t>(context.module.TicksPerSecond()),
+                             effect, param);
 }
 
 void WriteNote(EditorContext& context, uint8_t pattern, int line, int channel, uint8_t note, AfterNote after) {
@@ -241,7 +244,9 @@ bool EditKey(EditorContext& context, uint16_t modifiers, uint16_t scanCode, cons
         const auto note = NoteOfKey(channel, scanCode, modifiers, context.view.Settings().octave);
         if (!note) return PianoSemitone(scanCode).has_value();
         std::lock_guard<AudioMutex> lock(context.audioMutex);
-        PreviewNote(context, channel, *note);
+        // The note sounds with the effect its line already holds.
+        const Pattern& pattern = context.module.patterns[CurrentPattern(context)];
+        PreviewNote(context, channel, *note, line < pattern.length ? &pattern.lines[line] : nullptr);
         if (!context.view.Settings().testMode)
             WriteNote(context, CurrentPattern(context), line, channel, *note, AfterNote::StepCursor);
         return true;

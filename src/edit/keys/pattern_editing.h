@@ -53,8 +53,9 @@ void DeleteLine(EditorContext& context, bool shift);
 // ---- Shared with MIDI note entry ----
 
 // Sounds a note on the note player with the current instrument and volume for
-// one second; the caller holds the audio mutex.
-void PreviewNote(EditorContext& context, int channel, uint8_t note);
+// one second, with the channel's effect in line when one is given; the
+// caller holds the audio mutex.
+void PreviewNote(EditorContext& context, int channel, uint8_t note, const PatternLine* line = nullptr);
 // Where the cursor goes after a note was written.
 enum class AfterNote : uint8_t { Stay, StepCursor, StepKeepingColumns };
 // Records the line and writes the note with the current instrument and volume
