@@ -95,7 +95,8 @@ void Voice::GlideTo(uint8_t noteValue, int8_t noteDetune) {
 }
 
 int Voice::EffectivePeriod() const {
-    const auto sounding = static_cast<uint8_t>(std::min<int>(note + arpeggio, kLastToneNote));
+    // Chords reaching past the highest playable note stop there.
+    const auto sounding = static_cast<uint8_t>(std::min<int>(note + arpeggio, kLastPlayableTone));
     return TonePeriod(sounding) + detune + slide;
 }
 

@@ -77,6 +77,11 @@ TEST(ChannelEffectsTest, ArpeggioStepsThroughTheChordATickEachWhileItsLinePlays)
     song.Effect(4, 0, kEffectArpeggio, 0x05);  // y alone: two notes
     EXPECT_EQ(song.Periods(5), Join({Repeat(Tones({57, 61, 64}), 4), Tones({57, 57, 57, 57, 57, 57}),
                                      Repeat(Tones({57, 60}), 3), Repeat(Tones({57, 62}), 3)}));
+
+    Song high;  // a chord past the highest playable note stops there
+    high.Note(0, 0, 110);
+    high.Effect(0, 0, kEffectArpeggio, 0x5F);
+    EXPECT_EQ(high.Periods(1), Repeat(Tones({110, 115, kLastPlayableTone}), 2));
 }
 
 TEST(ChannelEffectsTest, SlidesKeepTheirPitchUntilTheNextNoteAndStayInRange) {
