@@ -104,6 +104,9 @@ void CommandDispatcher::Handle(const QueueEntry& entry) {
         }
         if (entry.a == kControlChannel) SetChannelMask(entry.b);
         break;
+    case kEntryMaskSolo:
+        if (entry.a == kControlChannel) SoloChannel(static_cast<int>(entry.b));
+        break;
     case kEntryListLine: ListLine(static_cast<uint16_t>(entry.a), static_cast<int32_t>(entry.b)); break;
     case kEntryKeyDown: KeyDown(entry.a, entry.b); break;
     case kEntryImage:
@@ -218,6 +221,25 @@ void CommandDispatcher::SetChannelMask(uint32_t mask) {
     // The channel toggles pass the channels that are to sound to the song player.
     std::lock_guard<AudioMutex> lock(ctx_.audioMutex);
     ctx_.song.SetChannelMask(static_cast<uint8_t>((ctx_.song.GetChannelMask() & 0xF0) | (mask & 0x0F)));
+    maskBeforeSolo_.reset();  // a channel switched by hand ends the solo
+}
+
+void CommandDispatcher::SoloChannel(int channel) {
+    if (channel < 0 || channel >= kChannels) return;
+    const auto solo = static_cast<uint8_t>(1u << channel);
+    {
+        std::lock_guard<AudioMutex> lock(ctx_.audioMutex);
+        const uint8_t mask = ctx_.song.GetChannelMask();
+        uint8_t sounding = solo;
+        if ((mask & 0x0F) == solo && maskBeforeSolo_) {
+            sounding = *maskBeforeSolo_;
+            maskBeforeSolo_.reset();
+        } else {
+            maskBeforeSolo_ = static_cast<uint8_t>(mask & 0x0F);
+        }
+        ctx_.song.SetChannelMask(static_cast<uint8_t>((mask & 0xF0) | sounding));
+    }
+    ctx_.view.Invalidate(kRedrawSettings);  // the channel toggles show the new mask
 }
 
 // A click on the grid puts the cursor on the cell under the pointer; moving
@@ -239,6 +261,11 @@ void CommandDispatcher::KeyDown(uint32_t a, uint32_t b) {
     if (KeyTaken(b)) return;
     const KeyPress key = KeyPressOf(a, b);
     if ((key.modifiers & kCtrlKeys) && CtrlKey(key.scanCode, key.repeat)) return;
+    // Alt+1 .. Alt+4 solo channels 0 .. 3, as a Shift+click on their toggles does.
+    if ((key.modifiers & kAltKeys) && key.scanCode >= 0x02 && key.scanCode <= 0x05) {
+        if (!key.repeat) SoloChannel(key.scanCode - 0x02);
+        return;
+    }
     if (CommonKey(key.scanCode)) return;
     HandlePatternKey(ctx_, key, {options_->wrapVolume, options_->typeDigits}, typing_);
 }

@@ -115,8 +115,12 @@ private:
     void Stop();
     bool Playing() const;
     void SetChannelMask(uint32_t mask);
+    // Only this channel sounds; soloing the soloed channel again brings the
+    // channels back that sounded before.
+    void SoloChannel(int channel);
 
     EditorContext& ctx_;
+    std::optional<uint8_t> maskBeforeSolo_;
     ToolDialogs& dialogs_;
     CommandHost& host_;
     std::vector<MenuTitle>* menus_ = nullptr;

@@ -32,6 +32,8 @@ enum EntryKind : uint32_t {
     kEntryListLine = 18,     // list line selected; b: line number
     kEntryImage = 19,        // owner-drawn image clicked; b: x in the low 16 bits, y in bits 16-30,
                              // bit 31 (kImageDragged) set while the pointer moves on with the button down
+    kEntryMaskSolo = 21,     // Shift+click on a toggle that is one bit of a mask; b: its bit. The
+                             // toggles are left as they were: the receiver sets the mask it wants
 };
 
 constexpr uint32_t kImageDragged = 1u << 31;

@@ -327,6 +327,26 @@ TEST_F(DispatcherTest, ControlsSetTheEditorAndTheWheelScrollsTheGrid) {
     dispatcher.Handle({kEntryToggle, kControlChannel, 0x0F});
     EXPECT_EQ(song.GetChannelMask(), 0xFF);
 
+    // Solo: Shift+click on a channel toggle or Alt+1..4; the same again
+    // brings the channels back that sounded, unless one was switched by hand.
+    dispatcher.Handle({kEntryToggle, kControlChannel, 0x0D});
+    dispatcher.Handle({kEntryMaskSolo, kControlChannel, 2});
+    EXPECT_EQ(song.GetChannelMask(), 0xF4);
+    dispatcher.Handle({kEntryMaskSolo, kControlChannel, 2});
+    EXPECT_EQ(song.GetChannelMask(), 0xFD);
+    Key(0x03, kAltKeys);  // Alt+2: channel 1
+    EXPECT_EQ(song.GetChannelMask(), 0xF2);
+    Key(0x05, kAltKeys);  // Alt+4: channel 3, and channel 1 alone is what it brings back
+    EXPECT_EQ(song.GetChannelMask(), 0xF8);
+    Key(0x05, kAltKeys);
+    EXPECT_EQ(song.GetChannelMask(), 0xF2);
+    dispatcher.Handle({kEntryToggle, kControlChannel, 0x03});
+    Key(0x02, kAltKeys);
+    EXPECT_EQ(song.GetChannelMask(), 0xF1);
+    dispatcher.Handle({kEntryToggle, kControlChannel, 0x01});  // by hand: the solo is over
+    Key(0x02, kAltKeys);
+    EXPECT_EQ(song.GetChannelMask(), 0xF1);
+
     // A click on the grid puts the cursor on the cell; a drag selects from it,
     // and a drag below the last row scrolls on.
     const auto grid = [&](int column, int row, bool dragged) {

@@ -8,9 +8,10 @@
 
 namespace sondrel {
 
-// Modifier bits of a key entry: either Shift key, either Control key.
+// Modifier bits of a key entry: either Shift key, either Control key, either Alt key.
 constexpr uint16_t kShiftKeys = 0x0003;
 constexpr uint16_t kCtrlKeys = 0x000C;
+constexpr uint16_t kAltKeys = 0x0030;
 
 enum ScanCode : uint16_t {
     kScan2 = 0x03, kScan3 = 0x04, kScan5 = 0x06, kScan6 = 0x07, kScan7 = 0x08, kScan9 = 0x0A, kScan0 = 0x0B,

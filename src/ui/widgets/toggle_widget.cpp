@@ -14,7 +14,12 @@ constexpr int kBoxTextGap = 4;
 }  // namespace
 
 void ToggleWidget::Press(WidgetContext& context, Point, int part) {
-    if (part != kNoPart) Activate(context);
+    if (part == kNoPart) return;
+    if (bit_ != kNoBit && group_ == kNoGroup && (context.modifiers & kGorbShift) != 0) {
+        context.queue.PushEntry(kEntryMaskSolo, Id(), static_cast<uint32_t>(bit_));
+        return;
+    }
+    Activate(context);
 }
 
 bool ToggleWidget::KeyPress(WidgetContext& context, const Gorb_Event& event) {

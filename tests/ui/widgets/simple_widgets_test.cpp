@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 
 #include <functional>
+#include <string>
 #include <vector>
 
 #include "ui/painter.h"
@@ -59,6 +60,22 @@ TEST_F(SimpleWidgetsTest, CheckBoxesAndCheckButtonsFlipOnClickAndSpace) {
         EXPECT_FALSE(widget->On());
         EXPECT_EQ(window->Focus(), nullptr);
     }
+}
+
+// Toggles that are the bits of one mask: a click queues the mask of those on,
+// a Shift+click asks for this one alone and leaves them all as they are.
+TEST_F(SimpleWidgetsTest, MaskTogglesQueueTheirMaskOrASoloForShiftClick) {
+    std::vector<CheckButton*> bits;
+    for (int b = 0; b < 4; ++b) {
+        bits.push_back(&window->Emplace<CheckButton>(9, Gorb_Rect{10 + 30 * b, 60, 28, 20}, std::to_string(b)));
+        bits.back()->SetBit(b);
+        bits.back()->SetOn(true);
+    }
+    EXPECT_EQ(ClickOn(*bits[1]), (Entries{{kEntryToggle, 9, 0x0D}}));
+    const Gorb_Rect r = bits[2]->Rect();
+    Click({r.x + 4, r.y + 4}, kGorbShift);
+    EXPECT_EQ(Drain(), (Entries{{kEntryMaskSolo, 9, 2}}));
+    EXPECT_EQ(bits[0]->Mask(), 0x0Du);
 }
 
 TEST_F(SimpleWidgetsTest, ChoosingARadioWidgetClearsOnlyItsOwnGroupOfItsOwnKind) {
