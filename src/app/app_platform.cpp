@@ -18,13 +18,19 @@ private:
 
 }  // namespace
 
-bool SdlAppPlatform::OpenDisplay(bool fullscreen) {
-    return Gorb_Init() && Gorb_SetVideoMode(kScreenWidth, kScreenHeight, fullscreen);
+bool SdlAppPlatform::OpenDisplay(bool fullscreen, int scale) {
+    if (!Gorb_Init()) return false;
+    if (scale == 0) scale = Gorb_LargestWindowScale(kScreenWidth, kScreenHeight);
+    return Gorb_SetVideoMode(kScreenWidth, kScreenHeight, fullscreen, scale);
 }
 
 bool SdlAppPlatform::SetFullscreen(bool fullscreen) {
-    return Gorb_SetVideoMode(kScreenWidth, kScreenHeight, fullscreen);
+    return Gorb_SetVideoMode(kScreenWidth, kScreenHeight, fullscreen, Gorb_GetWindowScale());
 }
+
+int SdlAppPlatform::WindowScale() { return Gorb_GetWindowScale(); }
+
+bool SdlAppPlatform::SetWindowScale(int scale) { return Gorb_SetWindowScale(scale); }
 void SdlAppPlatform::SetWindowTitle(const std::string& title) { Gorb_SetWindowTitle(title); }
 void SdlAppPlatform::CloseDisplay() { Gorb_Quit(); }
 void SdlAppPlatform::UpdateInput() { Gorb_UpdateInput(); }

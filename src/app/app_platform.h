@@ -18,12 +18,17 @@ class AppPlatform {
 public:
     virtual ~AppPlatform() = default;
 
-    // Starts the graphics library and opens the 800 x 600 display; false
-    // when that can't be done.
-    virtual bool OpenDisplay(bool fullscreen) = 0;
+    // Starts the graphics library and opens the 800 x 600 display, its
+    // window at scale (1 to 4; 0 picks the largest that fits the desktop);
+    // false when that can't be done.
+    virtual bool OpenDisplay(bool fullscreen, int scale) = 0;
     virtual void SetWindowTitle(const std::string& title) = 0;
     // Switches the open display between full screen and a window.
     virtual bool SetFullscreen(bool /*fullscreen*/) { return false; }
+    // The scale the window shows the screen at; 0 for a display that doesn't scale.
+    virtual int WindowScale() { return 0; }
+    // Resizes the open window to another scale.
+    virtual bool SetWindowScale(int /*scale*/) { return false; }
     // Ends the graphics library, open display or not.
     virtual void CloseDisplay() = 0;
 
@@ -48,9 +53,11 @@ public:
 
 class SdlAppPlatform : public AppPlatform {
 public:
-    bool OpenDisplay(bool fullscreen) override;
+    bool OpenDisplay(bool fullscreen, int scale) override;
     void SetWindowTitle(const std::string& title) override;
     bool SetFullscreen(bool fullscreen) override;
+    int WindowScale() override;
+    bool SetWindowScale(int scale) override;
     void CloseDisplay() override;
     void UpdateInput() override;
     bool GetEvent(Gorb_Event& event) override;

@@ -1,5 +1,6 @@
 #include "app/application.h"
 
+#include <algorithm>
 #include <chrono>
 #include <csignal>
 #include <fstream>
@@ -221,10 +222,12 @@ bool Application::StartUp() {
         return false;
     }
 
-    if (!platform_.OpenDisplay(prefs_.fullscreen)) {
+    if (!platform_.OpenDisplay(prefs_.fullscreen, prefs_.windowScale)) {
         platform_.CloseDisplay();
         return false;
     }
+    // The scale picked for this desktop is kept, whatever desktop comes next.
+    if (const int scale = platform_.WindowScale()) prefs_.windowScale = static_cast<uint8_t>(scale);
     displayOpen_ = true;
     platform_.SetWindowTitle(kProgramTitle);
 
@@ -399,8 +402,13 @@ void Application::ShowDialog(ProgramDialog dialog) {
 }
 
 void Application::EditPreferences() {
-    const PreferenceValues current{prefs_.fullscreen, prefs_.volume, prefs_.midiInEnable, prefs_.midiInDeviceId,
-                                   prefs_.editing.undoWithCtrlZ, prefs_.editing.typeDigits};
+    const PreferenceValues current{prefs_.fullscreen,
+                                   prefs_.volume,
+                                   prefs_.midiInEnable,
+                                   prefs_.midiInDeviceId,
+                                   prefs_.editing.undoWithCtrlZ,
+                                   prefs_.editing.typeDigits,
+                                   std::max<int>(prefs_.windowScale, 1)};
     const auto chosen = RunPreferences(*requesters_, current);
     if (!chosen || *chosen == current) return;
     prefs_.editing.undoWithCtrlZ = chosen->undoWithCtrlZ;
@@ -408,6 +416,8 @@ void Application::EditPreferences() {
     dispatcher_->RefreshMenus();
     if (chosen->fullscreen != prefs_.fullscreen && platform_.SetFullscreen(chosen->fullscreen))
         prefs_.fullscreen = chosen->fullscreen;
+    if (chosen->windowScale != current.windowScale && platform_.SetWindowScale(chosen->windowScale))
+        prefs_.windowScale = static_cast<uint8_t>(chosen->windowScale);
     prefs_.volume = static_cast<uint8_t>(chosen->volume);
     audio_->SetVolume(prefs_.volume);
     if (chosen->midiInEnable != prefs_.midiInEnable || chosen->midiInDeviceId != prefs_.midiInDeviceId) {

@@ -424,6 +424,8 @@ std::vector<ConfigEntry> PreferencesSchema(Preferences& prefs) {
                                  ConfigEntry::Boolean("type_values_with_digits", false, &prefs.editing.typeDigits),
                              })
             .OnlyWhenChanged(),
+        ConfigEntry::Section("window", {ConfigEntry::RangedByte("window_scale", 0, 0, 4, &prefs.windowScale)})
+            .OnlyWhenChanged(),
     };
 }
 

@@ -31,6 +31,9 @@ struct Preferences {
     std::string lastModuleDir{};
     std::string lastExportDir{};
     std::array<std::string, kRecentModules> lastModules{};  // newest first
+    // The window's scale, 1 to 4; 0 until the first start picks the largest
+    // that fits the desktop, which is kept from then on.
+    uint8_t windowScale = 0;
 };
 
 enum ConfigType : int {

@@ -10,6 +10,7 @@
 
 #include "model/exception.h"
 #include "platform/gorb_keys.h"
+#include "platform/screen_placement.h"
 #include "platform/window_presenter.h"
 
 namespace sondrel {
@@ -29,8 +30,11 @@ struct GorbState {
     Gorb_PresentStats stats;
     std::deque<Gorb_Event> events;
     std::size_t awaitingText = SIZE_MAX;  // the key-down event the next text input belongs to
-    int mouseX = 0;
+    int scale = kMinWindowScale;  // of the window; the whole display shows the largest that fits
+    bool fullscreen = false;
+    int mouseX = 0;  // in screen pixels
     int mouseY = 0;
+    bool pointerOnScreen = true;  // not on the borders around it
     uint32_t buttons = 0;
     uint32_t heldModifiers = 0;   // as of the last key event read from SDL
     uint32_t takenModifiers = 0;  // those of the event last handed out
@@ -92,19 +96,51 @@ void TakeText(const char* text) {
     state.awaitingText = SIZE_MAX;
 }
 
-void PushButton(int sdlButton, bool down) {
+int ShownScale() {
+    const auto& state = State();
+    return state.fullscreen ? kMaxWindowScale : state.scale;
+}
+
+// Where the screen is shown in the window as it is now.
+ScreenPlacement Placement() {
+    const auto& state = State();
+    int width = kScreenWidth;
+    int height = kScreenHeight;
+    if (state.screen) width = state.screen->Width(), height = state.screen->Height();
+    int windowWidth = width;
+    int windowHeight = height;
+    if (state.window) SDL_GetWindowSize(state.window, &windowWidth, &windowHeight);
+    return PlaceScreen(width, height, windowWidth, windowHeight, ShownScale());
+}
+
+// The pointer moved to window pixel (x, y): over the borders it stays on
+// the nearest edge of the screen.
+void MovePointer(const ScreenPlacement& placement, int x, int y) {
+    auto& state = State();
+    const ScreenPoint point = NearestScreenPixel(placement, x, y);
+    state.mouseX = point.x;
+    state.mouseY = point.y;
+    state.pointerOnScreen = ScreenPixelAt(placement, x, y).has_value();
+}
+
+// A press on the borders around the screen is lost, and so is the release
+// of a button whose press was.
+void PushButton(const ScreenPlacement& placement, const SDL_MouseButtonEvent& button, bool down) {
     int type;
     uint32_t bit;
-    switch (sdlButton) {
+    switch (button.button) {
         case SDL_BUTTON_LEFT: type = kGorbButton1Down; bit = kGorbMouseFirst; break;
         case SDL_BUTTON_RIGHT: type = kGorbButton2Down; bit = kGorbMouseSecond; break;
         case SDL_BUTTON_MIDDLE: type = kGorbButton3Down; bit = kGorbMouseThird; break;
         default: return;
     }
+    MovePointer(placement, button.x, button.y);
     auto& state = State();
     if (down) {
+        if (!state.pointerOnScreen) return;
         state.buttons |= bit;
     } else {
+        if (!(state.buttons & bit)) return;
         state.buttons &= ~bit;
         ++type;
     }
@@ -325,18 +361,29 @@ bool Gorb_Init() {
     return true;
 }
 
-bool Gorb_SetVideoMode(int width, int height, bool fullscreen) {
+bool Gorb_SetVideoMode(int width, int height, bool fullscreen, int scale) {
     auto& state = State();
     if (!state.videoStarted) return false;
+    scale = std::clamp(scale, kMinWindowScale, kMaxWindowScale);
     const Uint32 fullscreenFlag = fullscreen ? SDL_WINDOW_FULLSCREEN_DESKTOP : 0;
     if (state.window && state.screen && state.screen->Width() == width && state.screen->Height() == height) {
-        state.presenter->Invalidate();
-        return SDL_SetWindowFullscreen(state.window, fullscreenFlag) == 0;
+        const bool resized = scale != state.scale;
+        state.scale = scale;
+        state.fullscreen = fullscreen;
+        state.presenter->SetMaxScale(ShownScale());
+        // On the whole display this is the size it goes back to.
+        if (resized) SDL_SetWindowSize(state.window, width * scale, height * scale);
+        if (SDL_SetWindowFullscreen(state.window, fullscreenFlag) != 0) return false;
+        if (resized && !fullscreen)
+            SDL_SetWindowPosition(state.window, SDL_WINDOWPOS_CENTERED, SDL_WINDOWPOS_CENTERED);
+        return true;
     }
     DestroyWindow();
 
-    state.window = SDL_CreateWindow("Sondrel", SDL_WINDOWPOS_CENTERED, SDL_WINDOWPOS_CENTERED, width, height,
-                                    SDL_WINDOW_SHOWN | fullscreenFlag);
+    state.scale = scale;
+    state.fullscreen = fullscreen;
+    state.window = SDL_CreateWindow("Sondrel", SDL_WINDOWPOS_CENTERED, SDL_WINDOWPOS_CENTERED, width * scale,
+                                    height * scale, SDL_WINDOW_SHOWN | fullscreenFlag);
     SDL_Surface* screen = SDL_CreateRGBSurfaceWithFormat(0, width, height, 16, SDL_PIXELFORMAT_RGB565);
     // The window's pixels are made now, so that a display without them fails here.
     if (!state.window || !screen || !SDL_GetWindowSurface(state.window)) {
@@ -345,13 +392,33 @@ bool Gorb_SetVideoMode(int width, int height, bool fullscreen) {
         DestroyWindow();
         return false;
     }
-    state.presenter = std::make_unique<WindowPresenter>(state.window);
+    state.presenter = std::make_unique<WindowPresenter>(state.window, ShownScale());
     state.screen = std::make_unique<Gorb_Surface>(screen);
     state.screen->Fill(0);
     state.deadline = 0;
     SDL_StartTextInput();
-    SDL_GetMouseState(&state.mouseX, &state.mouseY);
+    int x = 0;
+    int y = 0;
+    SDL_GetMouseState(&x, &y);
+    MovePointer(Placement(), x, y);
     return true;
+}
+
+int Gorb_LargestWindowScale(int width, int height) {
+    const auto& state = State();
+    if (!state.videoStarted) return kMinWindowScale;
+    const int display = state.window ? std::max(0, SDL_GetWindowDisplayIndex(state.window)) : 0;
+    SDL_Rect area;
+    if (SDL_GetDisplayUsableBounds(display, &area) != 0) return kMinWindowScale;
+    return LargestScaleWithin(width, height, area.w, area.h);
+}
+
+int Gorb_GetWindowScale() { return State().scale; }
+
+bool Gorb_SetWindowScale(int scale) {
+    const auto& state = State();
+    return state.screen &&
+           Gorb_SetVideoMode(state.screen->Width(), state.screen->Height(), state.fullscreen, scale);
 }
 
 void Gorb_SetWindowTitle(const std::string& title) {
@@ -366,6 +433,7 @@ void Gorb_Quit() {
     state.events.clear();
     state.awaitingText = SIZE_MAX;
     state.buttons = 0;
+    state.pointerOnScreen = true;
     state.heldModifiers = state.takenModifiers = 0;
     state.stats = {};
     if (TTF_WasInit()) TTF_Quit();
@@ -383,31 +451,30 @@ void Gorb_UpdateInput() {
     auto& state = State();
     if (!state.videoStarted) return;
     SDL_Event event;
+    ScreenPlacement placement = Placement();
     while (SDL_PollEvent(&event)) {
         switch (event.type) {
             case SDL_QUIT: Push({.type = kGorbCloseRequest}); break;
             case SDL_WINDOWEVENT:
                 if (state.presenter && WindowNeedsWholePicture(event.window.event)) state.presenter->Invalidate();
+                placement = Placement();
                 break;
             case SDL_KEYDOWN: PushKey(kGorbKeyDown, event.key); break;
             case SDL_KEYUP: PushKey(kGorbKeyUp, event.key); break;
             case SDL_TEXTINPUT: TakeText(event.text.text); break;
             case SDL_MOUSEMOTION:
-                state.mouseX = event.motion.x;
-                state.mouseY = event.motion.y;
+                MovePointer(placement, event.motion.x, event.motion.y);
                 Push({.type = kGorbMouseMove});
                 break;
             case SDL_MOUSEWHEEL: {
                 int steps = event.wheel.y;
                 if (event.wheel.direction == SDL_MOUSEWHEEL_FLIPPED) steps = -steps;
-                if (steps != 0) Push({.type = steps > 0 ? kGorbWheelUp : kGorbWheelDown, .delta = steps});
+                if (steps != 0 && state.pointerOnScreen) Push({.type = steps > 0 ? kGorbWheelUp : kGorbWheelDown, .delta = steps});
                 break;
             }
             case SDL_MOUSEBUTTONDOWN:
             case SDL_MOUSEBUTTONUP:
-                state.mouseX = event.button.x;
-                state.mouseY = event.button.y;
-                PushButton(event.button.button, event.type == SDL_MOUSEBUTTONDOWN);
+                PushButton(placement, event.button, event.type == SDL_MOUSEBUTTONDOWN);
                 break;
             default: break;
         }

@@ -180,8 +180,18 @@ private:
 // ---- Display and window ----
 // Starts the video, font and picture libraries; false when video can't start.
 bool Gorb_Init();
-// Opens the window (or the whole display) with a width x height screen surface.
-bool Gorb_SetVideoMode(int width, int height, bool fullscreen);
+// Opens the window with a width x height screen surface, each of its pixels
+// shown as a square of scale x scale, or the whole display, which shows the
+// screen at the largest scale that fits, centred between black borders. On
+// an open window of the same screen size it switches, keeping the screen.
+bool Gorb_SetVideoMode(int width, int height, bool fullscreen, int scale = 1);
+// The largest scale (1 to 4) at which a window of a width x height screen
+// fits the desktop's usable area (without the panels); 1 before Gorb_Init.
+int Gorb_LargestWindowScale(int width, int height);
+// The scale the window was last opened with.
+int Gorb_GetWindowScale();
+// Resizes the open window to another scale, on the whole display or not as it is.
+bool Gorb_SetWindowScale(int scale);
 void Gorb_SetWindowTitle(const std::string& title);
 // The native window (an SDL_Window), null before Gorb_SetVideoMode.
 void* Gorb_GetWindowHandle();
@@ -195,7 +205,9 @@ bool Gorb_GetEvent(Gorb_Event& event);
 // The modifier keys held when the event last taken happened: a Ctrl tapped
 // and let go within one frame still counts for the key pressed under it.
 uint32_t Gorb_GetKeyModifiers();
-// The buttons held (Gorb_MouseButton bits) and the pointer position.
+// The buttons held (Gorb_MouseButton bits) and the pointer position, in
+// screen pixels. Events carry it as well; a press on the borders around
+// the screen is not passed on, nor is the wheel turned over them.
 uint32_t Gorb_GetMouseState(int& x, int& y);
 
 // ---- Frames ----

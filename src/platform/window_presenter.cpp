@@ -3,6 +3,7 @@
 #include <SDL.h>
 
 #include <algorithm>
+#include <cstddef>
 #include <cstring>
 
 namespace sondrel {
@@ -13,16 +14,23 @@ const uint16_t* RowOf(const SDL_Surface& surface, int y) {
     return reinterpret_cast<const uint16_t*>(static_cast<const uint8_t*>(surface.pixels) + y * surface.pitch);
 }
 
-// The largest rectangle of the screen's shape that fits the target, centred.
-SDL_Rect FitInside(int width, int height, int targetWidth, int targetHeight) {
-    SDL_Rect fit{0, 0, targetWidth, targetHeight};
-    if (static_cast<int64_t>(targetWidth) * height > static_cast<int64_t>(targetHeight) * width)
-        fit.w = static_cast<int>(static_cast<int64_t>(targetHeight) * width / height);
-    else
-        fit.h = static_cast<int>(static_cast<int64_t>(targetWidth) * height / width);
-    fit.x = (targetWidth - fit.w) / 2;
-    fit.y = (targetHeight - fit.h) / 2;
-    return fit;
+template <typename Pixel>
+Pixel* PixelRow(SDL_Surface& surface, int y) {
+    return reinterpret_cast<Pixel*>(static_cast<uint8_t*>(surface.pixels) + static_cast<std::ptrdiff_t>(y) * surface.pitch);
+}
+
+// Each source row becomes one row of wide pixels, copied scale times down.
+template <typename Pixel>
+void EnlargeRows(SDL_Surface& source, SDL_Surface& target, const ScreenPlacement& placement, int first, int end) {
+    const int scale = placement.scale;
+    const std::size_t rowBytes = static_cast<std::size_t>(source.w) * scale * sizeof(Pixel);
+    for (int y = first; y < end; ++y) {
+        const Pixel* from = PixelRow<Pixel>(source, y);
+        const int top = placement.y + y * scale;
+        Pixel* to = PixelRow<Pixel>(target, top) + placement.x;
+        for (int x = 0; x < source.w; ++x) std::fill_n(to + x * scale, scale, from[x]);
+        for (int copy = 1; copy < scale; ++copy) std::memcpy(PixelRow<Pixel>(target, top + copy) + placement.x, to, rowBytes);
+    }
 }
 
 }  // namespace
@@ -30,6 +38,11 @@ SDL_Rect FitInside(int width, int height, int targetWidth, int targetHeight) {
 void WindowPresenter::SurfaceFree::operator()(SDL_Surface* surface) const { SDL_FreeSurface(surface); }
 
 WindowPresenter::~WindowPresenter() = default;
+
+void WindowPresenter::SetMaxScale(int scale) {
+    maxScale_ = scale;
+    whole_ = true;
+}
 
 SDL_Surface* WindowPresenter::Target() {
     SDL_Surface* target = SDL_GetWindowSurface(window_);
@@ -87,9 +100,9 @@ int WindowPresenter::Present(SDL_Surface& screen) {
     return sent ? end - first : 0;
 }
 
-// The changed rows go through a copy in the window's format, so that the
-// stretch is a plain one; the whole picture is stretched again each time,
-// keeping the rows' edges where a full present puts them.
+// The changed rows go through a copy in the window's format, from which
+// they are enlarged; a window too small for the screen, or of an unusual
+// pixel size, gets SDL's own nearest-pixel stretch of the whole picture.
 bool WindowPresenter::SendScaled(SDL_Surface& screen, SDL_Surface& target, int first, int end) {
     if (!staging_ || staging_->w != screen.w || staging_->h != screen.h) {
         staging_.reset(SDL_CreateRGBSurfaceWithFormat(0, screen.w, screen.h, 0, targetFormat_));
@@ -101,10 +114,29 @@ bool WindowPresenter::SendScaled(SDL_Surface& screen, SDL_Surface& target, int f
     SDL_Rect rows{0, first, screen.w, end - first};
     SDL_Rect to = rows;
     if (SDL_BlitSurface(&screen, &rows, staging_.get(), &to) != 0) return false;
-    SDL_Rect fit = FitInside(screen.w, screen.h, target.w, target.h);
+    const ScreenPlacement placement = PlaceScreen(screen.w, screen.h, target.w, target.h, maxScale_);
+    const int scale = placement.scale;
+    SDL_Rect shown{placement.x, placement.y, screen.w * scale, screen.h * scale};
     if (whole_) SDL_FillRect(&target, nullptr, SDL_MapRGB(target.format, 0, 0, 0));
-    if (SDL_BlitScaled(staging_.get(), nullptr, &target, &fit) != 0) return false;
-    return (whole_ ? SDL_UpdateWindowSurface(window_) : SDL_UpdateWindowSurfaceRects(window_, &fit, 1)) == 0;
+    const int bytes = target.format->BytesPerPixel;
+    const bool inside = placement.x >= 0 && placement.y >= 0;
+    if (inside && (bytes == 4 || bytes == 2)) {
+        if (SDL_MUSTLOCK(&target) && SDL_LockSurface(&target) != 0) return false;
+        Enlarge(target, placement, first, end);
+        if (SDL_MUSTLOCK(&target)) SDL_UnlockSurface(&target);
+        shown.y += first * scale;
+        shown.h = (end - first) * scale;
+    } else if (SDL_BlitScaled(staging_.get(), nullptr, &target, &shown) != 0) {
+        return false;
+    }
+    return (whole_ ? SDL_UpdateWindowSurface(window_) : SDL_UpdateWindowSurfaceRects(window_, &shown, 1)) == 0;
+}
+
+void WindowPresenter::Enlarge(SDL_Surface& target, const ScreenPlacement& placement, int first, int end) const {
+    if (target.format->BytesPerPixel == 4)
+        EnlargeRows<uint32_t>(*staging_, target, placement, first, end);
+    else
+        EnlargeRows<uint16_t>(*staging_, target, placement, first, end);
 }
 
 }  // namespace sondrel

@@ -78,11 +78,14 @@ private:
 // Records what the shell asks of the machine, in order.
 class FakePlatform : public AppPlatform, public Machine {
 public:
-    bool OpenDisplay(bool fullscreen) override {
-        log.push_back(fullscreen ? "open display fullscreen" : "open display");
+    bool OpenDisplay(bool fullscreen, int scale) override {
+        log.push_back(std::string(fullscreen ? "open display fullscreen" : "open display") +
+                      (scale ? " scale " + std::to_string(scale) : ""));
         if (displayOpens) screen = Gorb_CreateSurface(kScreenWidth, kScreenHeight);
+        if (scale) windowScale = scale;
         return displayOpens;
     }
+    int WindowScale() override { return windowScale; }
     void SetWindowTitle(const std::string& title) override { log.push_back("title " + title); }
     void CloseDisplay() override { log.push_back("close display"), screen.reset(); }
     void UpdateInput() override {}
@@ -109,6 +112,7 @@ public:
     void SetClipboardText(const std::string& text) override { clipboard = text; }
 
     bool displayOpens = true;
+    int windowScale = 0;  // what the desktop picks when the preferences have no scale
     std::string clipboard;
     uint32_t modifiers = 0;
     std::unique_ptr<Gorb_Surface> screen;
@@ -158,6 +162,27 @@ TEST_F(ApplicationTest, StartsUpAndShutsDownInOrder) {
                                                       "sound create", "sound play", "title Sondrel  ",
                                                       "sound release (old preferences)",
                                                       "midi close (new preferences)", "close display"}));
+}
+
+// The window's scale: picked by the desktop on the first start and kept in
+// the preferences from then on.
+TEST_F(ApplicationTest, TheWindowScalePickedOnceIsKept) {
+    platform.windowScale = 3;
+    {
+        Application app(platform, paths, ExitAfter(1));
+        EXPECT_EQ(app.Run("sondrel"), 0);
+    }
+    EXPECT_EQ(platform.log.front(), "open display");
+    const auto written = test::ReadBytes(platform.preferencesFile);
+    EXPECT_NE(std::string(written.begin(), written.end()).find("window {\n\twindow_scale = 3\n}\n"), std::string::npos);
+
+    platform.windowScale = 1;  // another desktop
+    platform.log.clear();
+    {
+        Application app(platform, paths, ExitAfter(1));
+        EXPECT_EQ(app.Run("sondrel"), 0);
+    }
+    EXPECT_EQ(platform.log.front(), "open display scale 3");
 }
 
 TEST_F(ApplicationTest, PreferencesThatCantBeReadOrWritten) {

@@ -69,7 +69,8 @@ Preferences Changed() {
             .midiInDeviceId = 200,
             .editing = {.wrapVolume = true, .pasteDeleteNotes = false, .undoWithCtrlZ = true, .typeDigits = true},
             .lastModuleDir = "/m",
-            .lastExportDir = "/e", .lastModules = {"/m/a.sdrltk", "", "/m/c d.sdrltk", "", "", "", "", "", "", "/z"}};
+            .lastExportDir = "/e", .lastModules = {"/m/a.sdrltk", "", "/m/c d.sdrltk", "", "", "", "", "", "", "/z"},
+            .windowScale = 3};
 }
 
 // The written form covers every bound value, so equal texts mean equal settings.
@@ -89,6 +90,17 @@ TEST(PreferencesFile, MissingFileGivesDefaultsInTheExactLayoutChangedValuesRound
     digits.editing.typeDigits = true;
     EXPECT_EQ(TextOf(digits), std::string(kDefaultFile) +
                                   "keys {\n\tundo_with_ctrl_z        = false\n\ttype_values_with_digits = true\n}\n");
+
+    // So does the "window" section once a scale was picked, and it loads back.
+    const std::string scaled = std::string(kDefaultFile) + "window {\n\twindow_scale = 2\n}\n";
+    EXPECT_EQ(TextOf({.windowScale = 2}), scaled);
+    config.LoadText(scaled);
+    EXPECT_EQ(prefs.windowScale, 2);
+    config.LoadText("window { window_scale = 9 }");
+    EXPECT_EQ(prefs.windowScale, 4);
+    config.LoadText(kDefaultFile);  // a file from before: no scale yet, the desktop picks
+    EXPECT_EQ(prefs.windowScale, 0);
+    EXPECT_EQ(TextOf(prefs), kDefaultFile);
 
     Preferences written = Changed();
     MakePreferencesConfig(written).Write(dir / "sondrel.prefs");

@@ -89,11 +89,13 @@ protected:
         // The last resort against a hang: the test program ends, and its X server and program with it.
         alarm(120);
         e2e::CopyProgram(app);
-        x = std::make_unique<e2e::XSession>(dir.Path());
+        x = std::make_unique<e2e::XSession>(dir.Path(), XScreen());
         ASSERT_TRUE(x->Ready()) << TextOf(dir / "xvfb.log");
     }
 
     void TearDown() override { alarm(0); }
+    // The X server's screen.
+    virtual std::string XScreen() const { return "1024x768x24"; }
 
     // The program in its scratch folder, playing into SDL's silent dummy
     // driver, which keeps the pace of a real sound card. (The X and display
@@ -444,6 +446,43 @@ TEST_F(MusicianTest, WritesAnArpeggioChoosesTheTiChipAndSavesBoth) {
     EXPECT_EQ(line.note[0], 48);
     EXPECT_EQ(line.channelCommand[0], kEffectArpeggio);
     EXPECT_EQ(line.channelParam[0], 0x47);
+}
+
+// A desktop big enough for the window at twice the size.
+class ScaledWindowTest : public MusicianTest {
+protected:
+    std::string XScreen() const override { return "1700x1300x24"; }
+};
+
+TEST_F(ScaledWindowTest, TheWindowAtTwiceTheSizeHasSquarePixelsAndTakesClicksAtTheirDoubledPlace) {
+    std::ofstream(app / "sondrel.prefs") << "window { window_scale = 2 }\n";
+    auto program = Start("");
+    unsigned long window = 0;
+    ASSERT_NO_FATAL_FAILURE(WaitForMainScreen(window));
+    auto before = Settled(window);
+    ASSERT_TRUE(before);
+    ASSERT_EQ(std::pair(before->width, before->height), std::pair(1600, 1200));
+    // Every screen pixel is a 2 x 2 square of one colour, and the screen is all there.
+    int uneven = 0;
+    for (int y = 0; y < 1200; y += 2) {
+        for (int x = 0; x < 1600; x += 2) {
+            const auto at = [&](int dx, int dy) { return before->pixels[(y + dy) * 1600 + x + dx]; };
+            uneven += at(1, 0) != at(0, 0) || at(0, 1) != at(0, 0) || at(1, 1) != at(0, 0);
+        }
+    }
+    EXPECT_EQ(uneven, 0);
+    const Gorb_Rect settings = e2e::MainScreenControl(kControlModuleSettings);
+    EXPECT_NE(before->Region({2 * settings.x, 2 * settings.y, 2 * settings.w, 2 * settings.h}),
+              std::vector<uint16_t>(4 * settings.w * settings.h, before->pixels[0]));
+
+    // "Module settings" where it shows, twice as far from the corner.
+    ASSERT_TRUE(ClickAt(window, {2 * settings.x + settings.w, 2 * settings.y + settings.h}));
+    const Gorb_Rect middle{kScreenWidth - 40, kScreenHeight - 20, 80, 40};
+    ASSERT_TRUE(Changes(window, *before, middle)) << "no module settings";
+    // The close box ends the dialog and the program; the scale stays in the preferences.
+    ASSERT_TRUE(x->CloseWindow(window));
+    ASSERT_EQ(program->Wait(kStepSeconds), 0) << Log();
+    EXPECT_NE(TextOf(app / "sondrel.prefs").find("window_scale = 2"), std::string::npos);
 }
 
 }  // namespace

@@ -88,7 +88,7 @@ bool WaitUntil(const std::function<bool()>& condition, double seconds) {
     }
 }
 
-XSession::XSession(const std::filesystem::path& scratch) {
+XSession::XSession(const std::filesystem::path& scratch, const std::string& screen) {
     // Two servers started at once may pick the same display number, and the
     // loser's xvfb-run gives up: then another try.
     const std::filesystem::path address = scratch / "x-display";
@@ -98,7 +98,7 @@ XSession::XSession(const std::filesystem::path& scratch) {
                                  " " + ShellQuoted(address.string()) + " && exec cat > /dev/null";
         const std::string log = ShellQuoted((scratch / "xvfb.log").string());
         server_ = std::make_unique<ChildProcess>(
-            "exec timeout -k 5 300 xvfb-run -a -s '-screen 0 1024x768x24' sh -c " + ShellQuoted(tell) + " >> " + log +
+            "exec timeout -k 5 300 xvfb-run -a -s " + ShellQuoted("-screen 0 " + screen) + " sh -c " + ShellQuoted(tell) + " >> " + log +
                 " 2>&1",
             true);
         const auto told = [&] { return std::filesystem::exists(address); };

@@ -53,12 +53,13 @@ struct WindowPicture {
     uint32_t At(int x, int y) const { return rgb[static_cast<size_t>(y) * width + x]; }
 };
 
-// An X server of its own (1024x768, 24 bits) for one test, started by
+// An X server of its own (1024x768, 24 bits, unless given another screen
+// as WIDTHxHEIGHTxDEPTH) for one test, started by
 // xvfb-run -a; DISPLAY and XAUTHORITY of this process point at it while it
 // lives. Its server and everything run on it end with it.
 class XSession {
 public:
-    explicit XSession(const std::filesystem::path& scratch);
+    explicit XSession(const std::filesystem::path& scratch, const std::string& screen = "1024x768x24");
     ~XSession();
     XSession(const XSession&) = delete;
     XSession& operator=(const XSession&) = delete;

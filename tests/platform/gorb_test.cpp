@@ -197,13 +197,19 @@ TEST(GorbDisplay, WindowFramesAndInputEvents) {
     EXPECT_EQ(shot->Lock().Row(599)[799], 0x07E0);
     shot->Unlock();
 
-    // On the whole display the picture is stretched to fill it, corner to corner.
-    ASSERT_TRUE(Gorb_SetVideoMode(kScreenWidth, kScreenHeight, true));
+    // The window at three times the size: each screen pixel a 3 x 3 square,
+    // and the pointer divided back. The dummy display (1024 x 768) holds
+    // nothing bigger than the plain window.
+    EXPECT_EQ(Gorb_LargestWindowScale(kScreenWidth, kScreenHeight), 1);
+    auto* window = static_cast<SDL_Window*>(Gorb_GetWindowHandle());
+    ASSERT_TRUE(Gorb_SetWindowScale(3));
+    EXPECT_EQ(Gorb_GetWindowScale(), 3);
     screen->FillRect({799, 599, 1, 1}, screen->FindPixel(0xFFFF0000));
+    Gorb_UpdateInput();
     Gorb_NextFrame();
-    SDL_Surface* shown = SDL_GetWindowSurface(static_cast<SDL_Window*>(Gorb_GetWindowHandle()));
+    SDL_Surface* shown = SDL_GetWindowSurface(window);
     ASSERT_NE(shown, nullptr);
-    ASSERT_EQ(std::pair(shown->w, shown->h), std::pair(1024, 768));  // the dummy driver's display
+    ASSERT_EQ(std::pair(shown->w, shown->h), std::pair(2400, 1800));
     ASSERT_EQ(shown->format->BytesPerPixel, 4);
     // Which of red and green is lit, to the converter's rounding.
     auto colour = [&](int x, int y) {
@@ -211,9 +217,52 @@ TEST(GorbDisplay, WindowFramesAndInputEvents) {
         SDL_GetRGB(static_cast<Uint32*>(shown->pixels)[y * shown->pitch / 4 + x], shown->format, &r, &g, &b);
         return std::tuple(r > 250, g > 250, b);
     };
-    EXPECT_EQ(colour(1023, 767), std::tuple(true, false, 0));
-    EXPECT_EQ(colour(1021, 767), std::tuple(false, true, 0));
-    EXPECT_EQ(colour(0, 0), std::tuple(false, true, 0));
+    const auto red = std::tuple(true, false, 0);
+    const auto green = std::tuple(false, true, 0);
+    const auto black = std::tuple(false, false, 0);
+    for (const auto& [x, y] : {std::pair(2397, 1797), std::pair(2399, 1799)}) EXPECT_EQ(colour(x, y), red);
+    EXPECT_EQ(colour(2396, 1799), green);
+    EXPECT_EQ(colour(2399, 1796), green);
+    push(SDL_MOUSEBUTTONDOWN, [](SDL_Event& e) {
+        e.button.button = SDL_BUTTON_LEFT;
+        e.button.x = 3 * 30 + 2;
+        e.button.y = 3 * 40;
+    });
+    Gorb_UpdateInput();
+    ASSERT_TRUE(Gorb_GetEvent(got));
+    EXPECT_EQ(std::tuple(got.type, got.x, got.y), std::tuple(kGorbButton1Down, 30, 40));
+
+    // The whole display shows the largest scale that fits, 1 here, centred
+    // between black borders; a press on them goes nowhere, and its release
+    // neither. The screenshot is still the screen's own 800 x 600.
+    ASSERT_TRUE(Gorb_SetVideoMode(kScreenWidth, kScreenHeight, true, 3));
+    Gorb_UpdateInput();
+    Gorb_NextFrame();
+    shown = SDL_GetWindowSurface(window);
+    ASSERT_NE(shown, nullptr);
+    ASSERT_EQ(std::pair(shown->w, shown->h), std::pair(1024, 768));  // the dummy driver's display
+    EXPECT_EQ(colour(112 + 799, 84 + 599), red);
+    EXPECT_EQ(colour(112, 84), green);
+    for (const auto& [x, y] : {std::pair(111, 84), std::pair(112, 83), std::pair(912, 683), std::pair(1023, 767)})
+        EXPECT_EQ(colour(x, y), black) << x << "," << y;
+    for (const bool down : {true, false}) {
+        push(down ? SDL_MOUSEBUTTONDOWN : SDL_MOUSEBUTTONUP, [](SDL_Event& e) {
+            e.button.button = SDL_BUTTON_MIDDLE;
+            e.button.x = 100;
+            e.button.y = 300;
+        });
+    }
+    push(SDL_MOUSEBUTTONDOWN, [](SDL_Event& e) {
+        e.button.button = SDL_BUTTON_MIDDLE;
+        e.button.x = 112 + 5;
+        e.button.y = 84;
+    });
+    Gorb_UpdateInput();
+    ASSERT_TRUE(Gorb_GetEvent(got));
+    EXPECT_EQ(std::tuple(got.type, got.x, got.y), std::tuple(kGorbButton3Down, 5, 0));
+    EXPECT_FALSE(Gorb_GetEvent(got));
+    ASSERT_TRUE(Gorb_SaveScreenshot(dir / "whole.png"));
+    EXPECT_EQ(Gorb_CreateSurface(dir / "whole.png")->Width(), 800);
 
     Gorb_Quit();
     EXPECT_EQ(Gorb_GetScreen(), nullptr);

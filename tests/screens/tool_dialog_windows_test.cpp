@@ -238,17 +238,22 @@ namespace sondrel {
 namespace {
 
 TEST_F(ToolDialogTest, PreferencesAndModuleInformationShowWhatTheyAreGiven) {
-    const PreferenceValues current{false, 50, true, 3};
+    const PreferenceValues current{false, 50, true, 3, false, false, 2};
     Then([&] {
         EXPECT_EQ(Dialog()->Title(), "Preferences");
-        EXPECT_EQ(Labels(), (std::vector<std::string>{"Fullscreen:", "Volume:", "Enable MIDI-in:", "MIDI-in Device ID:"}));
+        EXPECT_EQ(Labels(), (std::vector<std::string>{"Fullscreen:", "Volume:", "Enable MIDI-in:", "MIDI-in Device ID:",
+                                                      "Window scale:"}));
+        // The window's scale is the last group, a choice of its four sizes.
+        EXPECT_EQ(Field<MenuButton>("Window scale:").Choices(), (std::vector<std::string>{"1x", "2x", "3x", "4x"}));
+        EXPECT_EQ(Field<MenuButton>("Window scale:").Choice(), 1);
+        Field<MenuButton>("Window scale:").SetChoice(2);
         ClickWidget(kDialogWindowId, Field<CheckBox>("Fullscreen:").Id());
         Field<TextLine>("Volume:").SetText("101");
         Press("Undo with Ctrl+Z, redo with Ctrl+Y");
         Press("Type values with digits");
     });
     Then([&] { Press("Okay"); });
-    EXPECT_EQ(RunPreferences(requesters, current), (PreferenceValues{true, 100, true, 3, true, true}));
+    EXPECT_EQ(RunPreferences(requesters, current), (PreferenceValues{true, 100, true, 3, true, true, 3}));
     Then([&] { Press("Cancel"); });
     EXPECT_FALSE(RunPreferences(requesters, current).has_value());
 

@@ -1,5 +1,6 @@
 #include "screens/dialogs/info_dialogs.h"
 
+#include <algorithm>
 #include <vector>
 
 #include "screens/dialogs/dialog_form.h"
@@ -9,6 +10,7 @@
 #include "ui/toolkit.h"
 #include "ui/widgets/check_box.h"
 #include "ui/widgets/list_box.h"
+#include "ui/widgets/menu_button.h"
 #include "ui/widgets/text_field.h"
 #include "ui/widgets/text_line.h"
 
@@ -113,9 +115,13 @@ std::optional<PreferenceValues> RunPreferences(Requesters& requesters, const Pre
     CheckBox& undoWithCtrlZ = form.Check("Undo with Ctrl+Z, redo with Ctrl+Y", current.undoWithCtrlZ);
     CheckBox& typeDigits = form.Check("Type values with digits", current.typeDigits);
     form.EndGroup();
+    form.BeginGroup("Window");
+    MenuButton& scale = form.Choice("Window scale:", "1x\n2x\n3x\n4x", std::clamp(current.windowScale, 1, 4) - 1);
+    form.EndGroup();
     PreferenceValues chosen = current;
     const auto read = [&](int) {
-        chosen = {fullscreen.On(), volume.Value(), midiIn.On(), device.Value(), undoWithCtrlZ.On(), typeDigits.On()};
+        chosen = {fullscreen.On(),    volume.Value(),     midiIn.On(),        device.Value(),
+                  undoWithCtrlZ.On(), typeDigits.On(),    scale.Choice() + 1};
         return true;
     };
     if (form.Run({"Okay", "Cancel"}, read) != 0) return std::nullopt;

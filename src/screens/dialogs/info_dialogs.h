@@ -31,6 +31,7 @@ struct PreferenceValues {
     int midiInDeviceId = 0;
     bool undoWithCtrlZ = false;  // "Editing": Ctrl+Z undoes, Ctrl+Y redoes
     bool typeDigits = false;     // "Editing": digit keys type values in the pattern
+    int windowScale = 1;         // "Window": 1 to 4
     bool operator==(const PreferenceValues&) const = default;
 };
 
