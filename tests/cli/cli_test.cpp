@@ -85,11 +85,9 @@ TEST(CliTest, RenderMutesSolosAndStems) {
     test::ScratchDir dir;
     const std::string render = "render " + Demo() + " ";
     const auto stem = [&](const std::string& name, int c) { return dir / (name + "-ch" + std::to_string(c) + ".wav"); };
-    ASSERT_EQ(Cli(render + (dir / "plain.wav").string() + " --seconds 4").exitCode, 0);
     RunResult all = Cli(render + (dir / "all.wav").string() + " --seconds 4 --stems");
     ASSERT_EQ(all.exitCode, 0) << all.output;
     EXPECT_NE(all.output.find("all-ch0.wav to "), std::string::npos) << all.output;
-    EXPECT_EQ(test::ReadBytes(dir / "all.wav"), test::ReadBytes(dir / "plain.wav"));
     const std::vector<int16_t> mix = Samples(dir / "all.wav");
     std::vector<int16_t> sum(mix.size());
     for (int c = 0; c < 4; ++c) {
