@@ -3,7 +3,8 @@
 // effects on every line against the plain song. Both sides are timed in the
 // same iterations, alternating, on this thread's CPU clock; "vs_libgme" is
 // our speed over libgme's, "vs_sega" the chip's over the Sega chip's,
-// "vs_plain" the busy song's over the plain one's.
+// "vs_plain" the busy song's over the plain one's, "vs_mixed" the time of the
+// per-channel stems over the mix's.
 
 #include <benchmark/benchmark.h>
 
@@ -143,6 +144,32 @@ void BM_RenderLongSongWithEffects(benchmark::State& state) {
     state.counters["vs_plain"] = theirs / ours;
 }
 BENCHMARK(BM_RenderLongSongWithEffects)->UseManualTime()->Unit(benchmark::kMillisecond)->MinTime(1.0);
+
+// The long song's four stems, each channel on its own beside the mix, against
+// the mix alone; "vs_mixed" is the stems' time over the mix's.
+void BM_RenderLongSongStems(benchmark::State& state) {
+    auto module = LongSong();
+    if (!module) {
+        state.SkipWithError("demo.sdrltk not found beside the executable or in data/");
+        return;
+    }
+    SongRenderOptions stems;
+    stems.stems = true;
+    const auto renderStems = [&] {
+        return RenderSong(
+                   *module, stems, [](const int16_t* samples, size_t) { benchmark::DoNotOptimize(samples); }, {},
+                   [](int, const int16_t* samples, size_t) { benchmark::DoNotOptimize(samples); })
+            .frames;
+    };
+    const uint64_t frames = renderStems();
+    const auto [ours, theirs] = TimeSideBySide(
+        state, [&] { benchmark::DoNotOptimize(renderStems()); },
+        [&] { return benchmark::DoNotOptimize(RenderOurs(*module)), true; }, "");
+    const double audio = static_cast<double>(frames) / kOutputRate * static_cast<double>(state.iterations());
+    state.counters["realtime_x"] = audio / ours;
+    state.counters["vs_mixed"] = ours / theirs;
+}
+BENCHMARK(BM_RenderLongSongStems)->UseManualTime()->Unit(benchmark::kMillisecond)->MinTime(1.0);
 
 #ifdef SONDREL_HAVE_GME
 

@@ -102,7 +102,7 @@ void SafeFileWriter::Write(const void* data, size_t count) {
     if (count > 0 && std::fwrite(data, 1, count, stream_) != count) Fail(errno);
 }
 
-void SafeFileWriter::Commit() {
+void SafeFileWriter::Finish() {
     if (!stream_) throw FileIOException("The file is closed already");
     // A failed write the caller did not check still fails the save here.
     if (std::ferror(stream_)) {
@@ -118,8 +118,11 @@ void SafeFileWriter::Commit() {
         Discard();
         Fail(error);
     }
+}
+
+void SafeFileWriter::Replace() {
     if (::rename(temporary_.c_str(), target_.c_str()) != 0) {
-        error = errno;
+        const int error = errno;
         Discard();
         Fail(error, "can't replace " + target_.string());
     }
@@ -133,6 +136,52 @@ void SafeFileWriter::Commit() {
         (void)::fsync(dirFd);
         ::close(dirFd);
     }
+}
+
+void SafeFileWriter::Commit() {
+    Finish();
+    Replace();
+}
+
+void SafeFileWriter::CommitAll(const std::vector<SafeFileWriter*>& writers) {
+    for (SafeFileWriter* writer : writers) writer->Finish();
+    // Each file about to be replaced keeps a second name, beside its
+    // temporary one, until every new file is in place.
+    std::vector<fs::path> kept(writers.size());
+    const auto dropKept = [&] {
+        for (const fs::path& path : kept) {
+            if (!path.empty()) ::unlink(path.c_str());
+        }
+    };
+    for (size_t i = 0; i < writers.size(); ++i) {
+        const SafeFileWriter& writer = *writers[i];
+        if (::access(writer.target_.c_str(), F_OK) != 0) continue;
+        const fs::path keep = writer.temporary_.string() + ".old";
+        if (::link(writer.target_.c_str(), keep.c_str()) != 0) {
+            const int error = errno;
+            dropKept();
+            Fail(error, "can't keep " + writer.target_.string() + " while replacing it");
+        }
+        kept[i] = keep;
+    }
+    for (size_t i = 0; i < writers.size(); ++i) {
+        try {
+            writers[i]->Replace();
+        } catch (const FileIOException&) {
+            for (size_t j = 0; j < i; ++j) {
+                const fs::path& target = writers[j]->target_;
+                // Should the old file fail to come back, it stays under its second name.
+                if (kept[j].empty())
+                    ::unlink(target.c_str());
+                else
+                    (void)::rename(kept[j].c_str(), target.c_str());
+                kept[j].clear();
+            }
+            dropKept();
+            throw;
+        }
+    }
+    dropKept();
 }
 
 }  // namespace sondrel

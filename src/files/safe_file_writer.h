@@ -16,6 +16,7 @@
 #include <cstdio>
 #include <filesystem>
 #include <string>
+#include <vector>
 
 namespace sondrel {
 
@@ -37,8 +38,16 @@ public:
     void Write(const void* data, size_t count);
     // Makes the written data the target's content.
     void Commit();
+    // Commits several writers so that all their targets are replaced or none
+    // is: every file's data reaches the disk first, and when one rename
+    // fails those done before it are undone, old contents included.
+    static void CommitAll(const std::vector<SafeFileWriter*>& writers);
 
 private:
+    // Flushes, syncs and closes the temporary file; the target is untouched.
+    void Finish();
+    // Renames the finished temporary file over the target.
+    void Replace();
     void Discard() noexcept;
 
     std::filesystem::path target_;

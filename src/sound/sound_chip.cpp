@@ -172,7 +172,13 @@ void SoundChip::UpdateLevels(uint8_t master) {
     cachedMaster_ = master;
 }
 
-void SoundChip::RenderTick(uint8_t master, uint8_t channelMask) {
+void SoundChip::RenderTick(uint8_t master, uint8_t channelMask) { RenderTickInto(master, channelMask, nullptr); }
+
+void SoundChip::RenderTick(uint8_t master, uint8_t channelMask, const std::array<int16_t*, 4>& channels) {
+    RenderTickInto(master, channelMask, &channels);
+}
+
+void SoundChip::RenderTickInto(uint8_t master, uint8_t channelMask, const std::array<int16_t*, 4>* channels) {
     if (noiseWritten_) lfsr_ = 1;
 
     const uint32_t bytes = TickBytes();
@@ -189,7 +195,8 @@ void SoundChip::RenderTick(uint8_t master, uint8_t channelMask) {
     while (left > 0) {
         const uint32_t run = std::min(left, kChipRingBytes - writePos_);
         int16_t* frames = ring_.data() + writePos_ / 2;
-        zeroBytes_ = RenderRun(frames, run / 4, channelMask) ? 0 : std::min(zeroBytes_ + run, kChipRingBytes);
+        const bool sounded = RenderRun(frames, run / 4, channelMask, channels, (bytes - left) / 4);
+        zeroBytes_ = sounded ? 0 : std::min(zeroBytes_ + run, kChipRingBytes);
         writePos_ = (writePos_ + run) % kChipRingBytes;
         fill_ += run;
         left -= run;
@@ -242,24 +249,46 @@ int32_t SoundChip::WalkEdges(int32_t counter, int32_t reload, uint32_t frameCoun
     }
 }
 
-bool SoundChip::RenderRun(int16_t* frames, uint32_t frameCount, uint8_t channelMask) {
+bool SoundChip::RenderChannel(int c, uint32_t frameCount, uint8_t channelMask) {
+    if (!(channelMask & (1 << c)) || attenuation_[c] == 15) return false;
+    if (c < 3) {
+        RenderTone(c, frameCount);
+        return true;
+    }
+    if (EffectivePeriod(noisePeriod_) < 4) return false;
+    RenderNoise(frameCount);
+    return true;
+}
+
+bool SoundChip::RenderRun(int16_t* frames, uint32_t frameCount, uint8_t channelMask,
+                          const std::array<int16_t*, 4>* channels, uint32_t at) {
     if (frameCount == 0) return false;
     // The deltas are all zero between runs.
     bool sounding = false;
-    for (int c = 0; c < 3; ++c) {
-        if (attenuation_[c] == 15 || !(channelMask & (1 << c))) continue;
-        RenderTone(c, frameCount);
-        sounding = true;
+    if (!channels) {
+        for (int c = 0; c < 4; ++c) sounding = RenderChannel(c, frameCount, channelMask) || sounding;
+        if (sounding) SumDeltas(deltas_.data(), frames, frameCount);
+    } else {
+        // Each channel summed on its own, then added into the mix: the
+        // deltas add up with wrap-around, so this is the sum RenderTick makes.
+        const uint32_t samples = frameCount * 2;
+        for (int c = 0; c < 4; ++c) {
+            int16_t* own = (*channels)[c] + 2 * at;
+            if (!RenderChannel(c, frameCount, channelMask)) {
+                std::memset(own, 0, samples * 2);
+                continue;
+            }
+            SumDeltas(deltas_.data(), own, frameCount);
+            if (!sounding) {
+                std::memcpy(frames, own, samples * 2);
+            } else {
+                for (uint32_t i = 0; i < samples; ++i)
+                    frames[i] = static_cast<int16_t>(static_cast<uint16_t>(frames[i]) + static_cast<uint16_t>(own[i]));
+            }
+            sounding = true;
+        }
     }
-    if ((channelMask & 8) && attenuation_[3] != 15 && EffectivePeriod(noisePeriod_) >= 4) {
-        RenderNoise(frameCount);
-        sounding = true;
-    }
-    if (sounding) {
-        SumDeltas(deltas_.data(), frames, frameCount);
-    } else if (zeroBytes_ < kChipRingBytes) {
-        std::memset(frames, 0, frameCount * 4);
-    }
+    if (!sounding && zeroBytes_ < kChipRingBytes) std::memset(frames, 0, frameCount * 4);
     return sounding;
 }
 

@@ -37,6 +37,11 @@ public:
     // Renders one tick of frames into the ring at master volume 0..255; bit c
     // of channelMask lets channel c sound.
     void RenderTick(uint8_t master, uint8_t channelMask);
+    // The same tick, with each channel also rendered on its own into
+    // channels[c] (TickBytes() / 2 samples; zeros when the mask or the
+    // channel's attenuation silences it). The ring gets exactly what
+    // RenderTick puts there: the four added with 16-bit wrap-around.
+    void RenderTick(uint8_t master, uint8_t channelMask, const std::array<int16_t*, 4>& channels);
     // Moves bytes out of the ring; a null destination discards them.
     void Read(void* destination, uint32_t bytes);
     // Like Read, but adds each 16-bit sample to the one already there (wrapping).
@@ -68,7 +73,12 @@ private:
     void UpdateLevels(uint8_t master);
     void NoiseControl(uint8_t byte);
     // Returns false when no channel sounded: the frames are then all zero.
-    bool RenderRun(int16_t* frames, uint32_t frameCount, uint8_t channelMask);
+    // channels, when given, take each channel's run at frame offset `at`.
+    bool RenderRun(int16_t* frames, uint32_t frameCount, uint8_t channelMask,
+                   const std::array<int16_t*, 4>* channels, uint32_t at);
+    // Adds channel c's run to deltas_ unless it is silent; says whether it sounded.
+    bool RenderChannel(int c, uint32_t frameCount, uint8_t channelMask);
+    void RenderTickInto(uint8_t master, uint8_t channelMask, const std::array<int16_t*, 4>* channels);
     // These add each level change at the frame where it starts to deltas_;
     // RenderRun sums them into frames once all channels have added theirs.
     void RenderTone(int channel, uint32_t frameCount);

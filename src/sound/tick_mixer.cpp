@@ -4,12 +4,22 @@
 
 namespace sondrel {
 
-uint32_t TickMixer::RenderTick(uint8_t master) {
+uint32_t TickMixer::RenderTick(uint8_t master) { return RenderTickInto(master, nullptr); }
+
+uint32_t TickMixer::RenderTick(uint8_t master, const std::array<int16_t*, 4>& channels) {
+    return RenderTickInto(master, &channels);
+}
+
+uint32_t TickMixer::RenderTickInto(uint8_t master, const std::array<int16_t*, 4>* channels) {
     song_.Tick();
     notes_.Tick();
     notes_.Chip().RenderTick(master, 0xFF);
     const uint8_t mask = song_.GetChannelMask();
-    song_.Chip().RenderTick(master, static_cast<uint8_t>(mask | (mask << 4)));
+    const auto chipMask = static_cast<uint8_t>(mask | (mask << 4));
+    if (channels)
+        song_.Chip().RenderTick(master, chipMask, *channels);
+    else
+        song_.Chip().RenderTick(master, chipMask);
     return song_.Chip().TickBytes();
 }
 

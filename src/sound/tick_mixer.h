@@ -3,6 +3,7 @@
 // the note player's samples are mixed onto the song's. The audio thread and
 // the offline renderer share these rules.
 
+#include <array>
 #include <cstdint>
 
 namespace sondrel {
@@ -21,12 +22,17 @@ public:
 
     // Advances both players by one tick and renders it; returns the bytes now waiting.
     uint32_t RenderTick(uint8_t master);
+    // The same, with each song channel also rendered on its own into
+    // channels[c] (SoundChip::RenderTick); the ring's mix is unchanged.
+    uint32_t RenderTick(uint8_t master, const std::array<int16_t*, 4>& channels);
     // Copies the song's samples with the note player's added; both rings move alike.
     void Take(void* destination, uint32_t bytes);
     // Drops bytes from both rings.
     void Discard(uint32_t bytes);
 
 private:
+    uint32_t RenderTickInto(uint8_t master, const std::array<int16_t*, 4>* channels);
+
     SongPlayer& song_;
     NotePlayer& notes_;
 };

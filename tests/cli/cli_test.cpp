@@ -2,6 +2,8 @@
 
 #include <unistd.h>
 
+#include <algorithm>
+#include <cstdint>
 #include <cstdlib>
 #include <cstring>
 #include <filesystem>
@@ -68,6 +70,62 @@ TEST(CliTest, RenderConvertAndTheirFailures) {
     RunResult unwritable = Cli("convert " + Demo() + " /nonexistent-dir/x.sdrltk");
     EXPECT_EQ(unwritable.exitCode, 1);
     EXPECT_NE(unwritable.output.find("Couldn't save module."), std::string::npos);
+}
+
+// The samples of a WAV file the tool wrote, past its 44-byte header.
+std::vector<int16_t> Samples(const std::filesystem::path& wav) {
+    const auto bytes = test::ReadBytes(wav);
+    std::vector<int16_t> samples(bytes.size() > 44 ? (bytes.size() - 44) / 2 : 0);
+    for (size_t i = 0; i < samples.size(); ++i)
+        samples[i] = static_cast<int16_t>(bytes[44 + 2 * i] | bytes[45 + 2 * i] << 8);
+    return samples;
+}
+
+TEST(CliTest, RenderMutesSolosAndStems) {
+    test::ScratchDir dir;
+    const std::string render = "render " + Demo() + " ";
+    const auto stem = [&](const std::string& name, int c) { return dir / (name + "-ch" + std::to_string(c) + ".wav"); };
+    RunResult all = Cli(render + (dir / "all.wav").string() + " --seconds 4 --stems");
+    ASSERT_EQ(all.exitCode, 0) << all.output;
+    EXPECT_NE(all.output.find("all-ch0.wav to "), std::string::npos) << all.output;
+    const std::vector<int16_t> mix = Samples(dir / "all.wav");
+    std::vector<int16_t> sum(mix.size());
+    for (int c = 0; c < 4; ++c) {
+        const std::vector<int16_t> own = Samples(stem("all", c));
+        ASSERT_EQ(own.size(), mix.size()) << c;
+        for (size_t i = 0; i < sum.size(); ++i) sum[i] = static_cast<int16_t>(sum[i] + own[i]);
+    }
+    EXPECT_EQ(sum, mix);
+
+    // Muted channels have silent stems; the solo of one channel is its stem.
+    ASSERT_EQ(Cli(render + (dir / "muted.wav").string() + " --seconds 4 --stems --mute 1,3").exitCode, 0);
+    for (int c : {1, 3}) {
+        const std::vector<int16_t> own = Samples(stem("muted", c));
+        EXPECT_TRUE(std::all_of(own.begin(), own.end(), [](int16_t s) { return s == 0; })) << c;
+    }
+    EXPECT_EQ(Samples(stem("muted", 0)), Samples(stem("all", 0)));
+    ASSERT_EQ(Cli(render + (dir / "solo.wav").string() + " --seconds 4 --solo 0").exitCode, 0);
+    EXPECT_EQ(Samples(dir / "solo.wav"), Samples(stem("all", 0)));
+    EXPECT_FALSE(std::filesystem::exists(stem("solo", 0)));
+
+    // A folder where a stem would go: nothing is written and the old mix stays.
+    std::filesystem::create_directory(stem("taken", 2));
+    test::WriteBytes(dir / "taken.wav", {7});
+    RunResult taken = Cli(render + (dir / "taken.wav").string() + " --seconds 1 --stems");
+    EXPECT_EQ(taken.exitCode, 1);
+    EXPECT_NE(taken.output.find("Couldn't write the WAV file."), std::string::npos) << taken.output;
+    EXPECT_EQ(test::ReadBytes(dir / "taken.wav"), (std::vector<unsigned char>{7}));
+    for (int c : {0, 1, 3}) EXPECT_FALSE(std::filesystem::exists(stem("taken", c))) << c;
+
+    const std::string out = render + (dir / "x.wav").string();
+    for (const char* bad : {" --mute 1 --solo 2", " --mute 4", " --solo", " --mute 1,,2", " --solo 0,", " --stems=1"}) {
+        RunResult run = Cli(out + bad);
+        EXPECT_EQ(run.exitCode, 2) << bad;
+        EXPECT_NE(run.output.find("usage: sondrel-cli render"), std::string::npos) << bad;
+    }
+    EXPECT_NE(Cli(out + " --mute 1 --solo 2").output.find("--mute and --solo can't be used together"),
+              std::string::npos);
+    EXPECT_FALSE(std::filesystem::exists(dir / "x.wav"));
 }
 
 TEST(CliTest, UsageErrorsAndHelp) {

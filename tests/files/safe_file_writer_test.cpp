@@ -5,7 +5,12 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <chrono>
+#include <iterator>
+#include <memory>
+#include <string>
+#include <vector>
 #include <functional>
 
 #include "files/export/midi_export.h"
@@ -140,6 +145,43 @@ TEST(SafeFileWriterTest, OnlyRegularFilesAreLoadedOrReplaced) {
     EXPECT_NE(FailureOf([&] { SaveModule(module, (dir / "folder.sdrltk").string()); }), "");
     EXPECT_TRUE(fs::is_fifo(dir / "pipe.sdrltk"));
     EXPECT_TRUE(fs::is_directory(dir / "folder.sdrltk"));
+}
+
+// Files committed together: when a later one can't take its place, the ones
+// already replaced get their old contents back, new ones go, and no
+// temporary or kept copy is left.
+TEST(SafeFileWriterTest, FilesCommittedTogetherAllAppearOrNone) {
+    test::ScratchDir dir;
+    test::WriteBytes(dir / "a", {1});
+    const auto commit = [&](const std::vector<std::string>& names) {
+        std::vector<std::unique_ptr<SafeFileWriter>> writers;
+        std::vector<SafeFileWriter*> all;
+        for (const std::string& name : names) {
+            writers.push_back(std::make_unique<SafeFileWriter>(dir / name));
+            writers.back()->Write(name.data(), name.size());
+            all.push_back(writers.back().get());
+        }
+        // What stands at the last name by the time of the commit is a folder.
+        fs::create_directory(dir / names.back());
+        return FailureOf([&] { SafeFileWriter::CommitAll(all); });
+    };
+    EXPECT_NE(commit({"a", "b", "c"}), "");
+    EXPECT_EQ(test::ReadBytes(dir / "a"), (test::Bytes{1}));
+    std::vector<std::string> names;
+    for (const auto& entry : fs::directory_iterator(dir.Path())) names.push_back(entry.path().filename().string());
+    std::sort(names.begin(), names.end());
+    EXPECT_EQ(names, (std::vector<std::string>{"a", "c"}));
+
+    fs::remove(dir / "c");
+    std::vector<std::unique_ptr<SafeFileWriter>> writers;
+    for (const char* name : {"a", "b"}) {
+        writers.push_back(std::make_unique<SafeFileWriter>(dir / name));
+        writers.back()->Write(name, 1);
+    }
+    SafeFileWriter::CommitAll({writers[0].get(), writers[1].get()});
+    EXPECT_EQ(test::ReadBytes(dir / "a"), (test::Bytes{'a'}));
+    EXPECT_EQ(test::ReadBytes(dir / "b"), (test::Bytes{'b'}));
+    EXPECT_EQ(std::distance(fs::directory_iterator(dir.Path()), fs::directory_iterator()), 2);
 }
 
 }  // namespace

@@ -78,4 +78,17 @@ void WavWriter::Close() {
     output->Commit();
 }
 
+void WavWriter::CloseAll(const std::vector<WavWriter*>& writers) {
+    std::vector<std::unique_ptr<SafeFileWriter>> outputs;
+    std::vector<SafeFileWriter*> pending;
+    for (WavWriter* writer : writers) {
+        if (!writer->output_) continue;
+        writer->WriteHeader();
+        writer->file_ = nullptr;
+        outputs.push_back(std::move(writer->output_));
+        pending.push_back(outputs.back().get());
+    }
+    SafeFileWriter::CommitAll(pending);
+}
+
 }  // namespace sondrel

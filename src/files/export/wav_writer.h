@@ -5,6 +5,7 @@
 #include <cstdio>
 #include <memory>
 #include <string>
+#include <vector>
 
 #include "files/safe_file_writer.h"
 
@@ -24,6 +25,9 @@ public:
     void Write(const int16_t* samples, size_t count);
     // Completes the header; throws FileIOException when the data did not reach the disk.
     void Close();
+    // Closes several writers so that either all their files appear or none
+    // does (and files they would replace stay as they were).
+    static void CloseAll(const std::vector<WavWriter*>& writers);
 
     uint64_t FramesWritten() const { return dataBytes_ / (2u * channels_); }
 

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <string>
 #include <vector>
 
 #include "files/export/song_render.h"
@@ -74,6 +75,101 @@ TEST(SongRenderTest, LoopsSecondsAndVolumeLimitsAndRefusals) {
     // No limit at all, and a directory that does not exist, are refused.
     EXPECT_THROW(RenderSongToWav(*module, "/nonexistent-dir/x.wav", {}), FileIOException);
     EXPECT_THROW(RenderSongToWav(*module, dir / "x.wav", {0, 0.0, 50}), Exception);
+}
+
+// All four channels at once, panned apart: tone 0 on the left only, tone 1
+// on both sides, tone 2 on the right only.
+std::unique_ptr<Module> FourChannelSong() {
+    auto module = ShortSong();
+    test::SetNote(*module, 0, 1, 64);
+    test::SetNote(*module, 1, 2, 52);
+    test::SetNote(*module, 2, kNoiseChannel, kFirstNoiseNote + 1);
+    module->patterns[0].lines[0].command = kCommandST;
+    module->patterns[0].lines[0].commandParam = 0x36;
+    return module;
+}
+
+struct Rendered {
+    std::vector<int16_t> mix;
+    std::array<std::vector<int16_t>, 4> stems;
+};
+
+Rendered RenderWithStems(Module& module, uint8_t mask) {
+    Rendered out;
+    SongRenderOptions options;
+    options.channelMask = mask;
+    options.stems = true;
+    RenderSong(
+        module, options, [&](const int16_t* b, size_t n) { out.mix.insert(out.mix.end(), b, b + n); }, {},
+        [&](int c, const int16_t* b, size_t n) { out.stems[c].insert(out.stems[c].end(), b, b + n); });
+    return out;
+}
+
+std::vector<int16_t> WrappedSum(const std::array<std::vector<int16_t>, 4>& stems) {
+    std::vector<int16_t> sum(stems[0].size());
+    for (const auto& stem : stems) {
+        for (size_t i = 0; i < sum.size(); ++i)
+            sum[i] = static_cast<int16_t>(static_cast<uint16_t>(sum[i]) + static_cast<uint16_t>(stem[i]));
+    }
+    return sum;
+}
+
+bool Silent(const std::vector<int16_t>& samples) {
+    return std::all_of(samples.begin(), samples.end(), [](int16_t s) { return s == 0; });
+}
+
+TEST(SongRenderTest, StemsAddUpToTheMixWhateverTheMask) {
+    auto module = FourChannelSong();
+    std::vector<int16_t> plain;
+    RenderSong(*module, {}, [&](const int16_t* b, size_t n) { plain.insert(plain.end(), b, b + n); });
+
+    const Rendered all = RenderWithStems(*module, 0x0F);
+    EXPECT_EQ(all.mix, plain);
+    EXPECT_EQ(WrappedSum(all.stems), plain);
+    for (int c = 0; c < 4; ++c) {
+        ASSERT_EQ(all.stems[c].size(), plain.size());
+        EXPECT_FALSE(Silent(all.stems[c])) << c;
+    }
+    // The panning reaches the stems: tone 0 never sounds on the right, tone 2 never on the left.
+    for (size_t i = 0; i < plain.size(); i += 2) {
+        ASSERT_EQ(all.stems[0][i + 1], 0) << i;
+        ASSERT_EQ(all.stems[2][i], 0) << i;
+    }
+
+    // Channels 1 and 3 muted: their stems are silent and the mix is the other two.
+    const Rendered muted = RenderWithStems(*module, 0x05);
+    EXPECT_TRUE(Silent(muted.stems[1]));
+    EXPECT_TRUE(Silent(muted.stems[3]));
+    EXPECT_EQ(muted.stems[0], all.stems[0]);
+    EXPECT_EQ(muted.stems[2], all.stems[2]);
+    EXPECT_EQ(WrappedSum(muted.stems), muted.mix);
+
+    // One channel alone, without stems, is that channel's stem.
+    for (int c = 0; c < 4; ++c) {
+        SongRenderOptions solo;
+        solo.channelMask = static_cast<uint8_t>(1 << c);
+        std::vector<int16_t> alone;
+        RenderSong(*module, solo, [&](const int16_t* b, size_t n) { alone.insert(alone.end(), b, b + n); });
+        EXPECT_EQ(alone, all.stems[c]) << c;
+    }
+}
+
+TEST(SongRenderTest, StemFilesGoBesideTheMix) {
+    test::ScratchDir dir;
+    auto module = FourChannelSong();
+    EXPECT_EQ(StemPath((dir / "song.wav").string(), 2), (dir / "song-ch2.wav").string());
+    EXPECT_EQ(StemPath("take", 0), "take-ch0");
+
+    SongRenderOptions options;
+    options.stems = true;
+    const SongRenderResult result = RenderSongToWav(*module, dir / "song.wav", options);
+    const auto mix = test::ReadBytes(dir / "song.wav");
+    ASSERT_EQ(mix.size(), 44 + result.frames * 4);
+    for (int c = 0; c < 4; ++c) {
+        const auto stem = test::ReadBytes(dir / ("song-ch" + std::to_string(c) + ".wav"));
+        ASSERT_EQ(stem.size(), mix.size()) << c;
+        EXPECT_TRUE(std::equal(stem.begin(), stem.begin() + 44, mix.begin())) << c;  // the same header
+    }
 }
 
 // The mean distance in frames between the left channel's rises to its
