@@ -90,7 +90,8 @@ void CommandDispatcher::RefreshMenus() {
 void CommandDispatcher::Handle(const QueueEntry& entry) {
     // Only digits typed one after another make one number: anything else the
     // musician does in between begins a new one.
-    const bool digit = entry.kind == kEntryKeyDown && KeepsNumberGoing(KeyCode(entry.a), KeyModifiers(entry.b));
+    const bool digit = entry.kind == kEntryKeyDown &&
+                       KeepsNumberGoing(KeyCode(entry.a), KeyModifiers(entry.b), ctx_.view.State().cursorColumn);
     if (!digit && entry.kind != kEntryKeyUp) typing_.Forget();
     switch (entry.kind) {
     case kEntryMenuCommand: MenuCommand(static_cast<int>(entry.a)); break;

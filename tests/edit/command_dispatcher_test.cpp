@@ -301,6 +301,17 @@ TEST_F(DispatcherTest, TypedDigitsGoOnAsOneNumberUntilAnythingElseHappens) {
     EXPECT_EQ(Line(0).volume[0], 2);
     type({kLeftShift, kScan1, kLeftShift, kScan2}, 1);
     EXPECT_EQ(Line(0).instrument[0], 12);
+
+    // In a channel command field A sets the arpeggio (47, as typed): the
+    // number starts again after it, while F types a digit like the others.
+    Select(2, 0, 1, 1);
+    Line(0).channelCommand[0] = kEffectArpeggio;
+    constexpr uint16_t kScan4 = 0x05, kScan7 = 0x08, kScan3 = 0x04;
+    type({kScan4, kScan7, kScanA, kScan1});
+    EXPECT_EQ(Line(0).channelParam[0], 0x01);
+    type({kScanF, kScan3});
+    EXPECT_EQ(Line(0).channelParam[0], 0xF3);
+    Select(1, 0, 1, 1);
     options.typeDigits = false;  // off: the digits do nothing on this field
     type({kScan9});
     EXPECT_EQ(Line(0).volume[0], 2);

@@ -128,7 +128,7 @@ std::optional<DigitKey> DigitKeyAt(const PatternLine& line, int column, uint16_t
     }
 }
 
-bool KeepsNumberGoing(uint16_t scanCode, uint16_t modifiers) {
+bool KeepsNumberGoing(uint16_t scanCode, uint16_t modifiers, int column) {
     switch (scanCode) {
     case 0x2A: case 0x36:  // Shift
     case 0x1D: case 0x9D:  // Ctrl
@@ -137,7 +137,9 @@ bool KeepsNumberGoing(uint16_t scanCode, uint16_t modifiers) {
     default: break;
     }
     const bool shift = (modifiers & kShiftKeys) != 0;
-    return (modifiers & kCtrlKeys) == 0 && HexDigit(scanCode, shift, HexLetters::CommandColumn).has_value();
+    // A, B and C set commands in a channel command field, so there they end the number.
+    const HexLetters letters = column == kCommandColumn ? HexLetters::CommandColumn : HexLetters::ChannelCommandField;
+    return (modifiers & kCtrlKeys) == 0 && HexDigit(scanCode, shift, letters).has_value();
 }
 
 uint8_t& TypedByte(PatternLine& line, int column, TypedValue value) {

@@ -44,9 +44,9 @@ struct DigitKey {
 std::optional<DigitKey> DigitKeyAt(const PatternLine& line, int column, uint16_t scanCode, uint16_t modifiers);
 // Whether the number being typed goes on across this key: a key that types a
 // digit into some field, or a modifier key pressed on the way to one (Shift
-// for the instrument and the hexadecimal letters). Any other key begins a new
-// number.
-bool KeepsNumberGoing(uint16_t scanCode, uint16_t modifiers);
+// for the instrument and the hexadecimal letters), with the cursor in this
+// column. Any other key begins a new number.
+bool KeepsNumberGoing(uint16_t scanCode, uint16_t modifiers, int column);
 
 // The byte of the line that holds the typed value of the column.
 uint8_t& TypedByte(PatternLine& line, int column, TypedValue value);
