@@ -83,6 +83,18 @@ std::pair<double, double> TimeSideBySide(benchmark::State& state, Ours ours, The
     return {oursTotal, theirsTotal};
 }
 
+// Renders one song against another in the same iterations: its speed in
+// "realtime_x", and in `ratio` the other's time over its own.
+void RenderAgainst(benchmark::State& state, Module& song, Module& other, const char* ratio) {
+    const uint64_t frames = RenderOurs(song);
+    const auto [ours, theirs] = TimeSideBySide(
+        state, [&] { benchmark::DoNotOptimize(RenderOurs(song)); },
+        [&] { return benchmark::DoNotOptimize(RenderOurs(other)), true; }, "");
+    const double audio = static_cast<double>(frames) / kOutputRate * static_cast<double>(state.iterations());
+    state.counters["realtime_x"] = audio / ours;
+    state.counters[ratio] = theirs / ours;
+}
+
 void BM_RenderLongSongPerChip(benchmark::State& state) {
     auto sega = LongSong();
     auto chip = LongSong();
@@ -91,13 +103,7 @@ void BM_RenderLongSongPerChip(benchmark::State& state) {
         return;
     }
     chip->chipVariant = static_cast<uint8_t>(state.range(0));
-    const uint64_t frames = RenderOurs(*chip);
-    const auto [ours, theirs] = TimeSideBySide(
-        state, [&] { benchmark::DoNotOptimize(RenderOurs(*chip)); },
-        [&] { return benchmark::DoNotOptimize(RenderOurs(*sega)), true; }, "");
-    const double audio = static_cast<double>(frames) / kOutputRate * static_cast<double>(state.iterations());
-    state.counters["realtime_x"] = audio / ours;
-    state.counters["vs_sega"] = theirs / ours;
+    RenderAgainst(state, *chip, *sega, "vs_sega");
     state.SetLabel(kChipVariantNames[chip->chipVariant]);
 }
 BENCHMARK(BM_RenderLongSongPerChip)
@@ -135,13 +141,7 @@ void BM_RenderLongSongWithEffects(benchmark::State& state) {
         return;
     }
     AddEffectsEverywhere(*busy);
-    const uint64_t frames = RenderOurs(*busy);
-    const auto [ours, theirs] = TimeSideBySide(
-        state, [&] { benchmark::DoNotOptimize(RenderOurs(*busy)); },
-        [&] { return benchmark::DoNotOptimize(RenderOurs(*plain)), true; }, "");
-    const double audio = static_cast<double>(frames) / kOutputRate * static_cast<double>(state.iterations());
-    state.counters["realtime_x"] = audio / ours;
-    state.counters["vs_plain"] = theirs / ours;
+    RenderAgainst(state, *busy, *plain, "vs_plain");
 }
 BENCHMARK(BM_RenderLongSongWithEffects)->UseManualTime()->Unit(benchmark::kMillisecond)->MinTime(1.0);
 
